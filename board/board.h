@@ -1,0 +1,185 @@
+// Position and rules: the position record and its stack, FEN, attacks and check, making moves,
+// move words and move text, user moves, combined and legal move lists.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+using Bitboard = std::uint64_t;
+using Square   = int;           // 0..63 = rank * 8 + file, always in the side to move's view
+using Move     = std::uint32_t; // see the diagram below
+
+// Piece types, spelled by the three type planes of a square (bit 0, bit 1, bit 2).
+enum PieceType : int { Empty = 0, Pawn = 1, Knight = 2, Bishop = 3, Rook = 4, Queen = 5, King = 6 };
+
+// The position as seen by the side to move. While Black is to move the whole board is mirrored
+// top to bottom (square XOR 56), so forward is always towards higher squares.
+struct Position {
+    Bitboard ownPieces;            // pieces of the side to move
+    Bitboard typeBit0;             // bit 0 of each square's piece type (either colour)
+    Bitboard typeBit1;             // bit 1
+    Bitboard typeBit2;             // bit 2
+    std::uint8_t castling;         // 0x01 own queen-side, 0x02 own king-side, 0x10 / 0x20 opponent's
+    std::uint8_t epFile;           // file the side to move may take en passant on; 8 = none
+    std::uint8_t reversibleCount;  // half-moves since the last capture or pawn move
+    std::uint8_t repetitions;      // 0 new, 1 second occurrence, 2 third occurrence
+    std::int32_t blackToMove;      // 0 White to move, 1 Black to move
+};
+static_assert(sizeof(Position) == 40);
+static_assert(std::is_trivially_copyable_v<Position>);
+static_assert(offsetof(Position, castling) == 32 && offsetof(Position, blackToMove) == 36);
+
+// The game, then the search path above it, one record per ply. Record 0 holds the first
+// position of the game; the record after CurrentPosition is scratch for the next make_move.
+constexpr int StackSize = 600;
+// Records kept free above the game for the deepest search: 32 full-width plies, at most 46
+// quiescence plies (each one captures or promotes), and an exchange played out on top.
+constexpr int SearchReserve = 128;
+extern std::array<Position, StackSize> PositionStack;
+extern Position* CurrentPosition;
+extern std::uint32_t IterationNodeCount; // moves made in the current search iteration
+
+// Move word:
+//   bits  0- 7  MoveFlags: moving piece type in bits 0-2, 0x08 capture,
+//               0x10 promotion (pawn) or king-side castling (king),
+//               0x20 en passant (pawn) or queen-side castling (king)
+//   bits  8-15  from square, 16-23 to square (the mover's view)
+//   bits 24-31  promotion piece type, 0 when the move does not promote
+enum MoveFlags : std::uint32_t {
+    PawnPush = 1, KnightMove = 2, BishopMove = 3, RookMove = 4, QueenMove = 5, KingMove = 6,
+    PawnCapture = 9, KnightCapture = 10, BishopCapture = 11, RookCapture = 12, QueenCapture = 13,
+    KingCapture = 14, Promotion = 17, CastleKingSide = 22, PromotionCapture = 25,
+    CastleQueenSide = 38, EnPassant = 41
+};
+constexpr Move KingSideCastle  = 0x00060416; // e1 to g1
+constexpr Move QueenSideCastle = 0x00020426; // e1 to c1
+
+constexpr Move make_move_word(std::uint32_t flags, Square from, Square to, int promo = 0) {
+    return flags | (Move(from) << 8) | (Move(to) << 16) | (Move(promo) << 24);
+}
+constexpr std::uint32_t move_flags(Move m) { return m & 0xFF; }
+constexpr Square move_from(Move m) { return Square((m >> 8) & 0xFF); }
+constexpr Square move_to(Move m) { return Square((m >> 16) & 0xFF); }
+constexpr int move_promotion(Move m) { return int(m >> 24); }
+
+struct MoveEntry {
+    Move move;
+    std::int32_t score;
+};
+constexpr int MoveListSize  = 100;
+constexpr int QuietListSize = 300;
+struct MoveList {
+    std::uint32_t count;
+    MoveEntry entries[MoveListSize];
+};
+struct QuietList {
+    std::uint32_t count;
+    Move moves[QuietListSize];
+};
+
+// Bit helpers.
+constexpr Bitboard bit(Square sq) { return Bitboard(1) << sq; }
+constexpr Square lsb(Bitboard bb) { return std::countr_zero(bb); }
+constexpr Square msb(Bitboard bb) { return 63 - std::countl_zero(bb); }
+// Removes and returns the lowest square of a non-empty set.
+inline Square pop_lsb(Bitboard& bb) {
+    Square sq = lsb(bb);
+    bb &= bb - 1;
+    return sq;
+}
+// Mirrors a set top to bottom: rank r becomes rank 7 - r, files stay.
+constexpr Bitboard mirror(Bitboard bb) { return __builtin_bswap64(bb); }
+
+constexpr Bitboard NotAFile = 0xFEFEFEFEFEFEFEFEull;
+constexpr Bitboard NotHFile = 0x7F7F7F7F7F7F7F7Full;
+constexpr Bitboard Rank1 = 0x00000000000000FFull, Rank2 = 0x000000000000FF00ull;
+constexpr Bitboard Rank4 = 0x00000000FF000000ull, Rank7 = 0x00FF000000000000ull;
+constexpr Bitboard Rank8 = 0xFF00000000000000ull;
+
+// Piece sets of both colours, from the three type planes.
+constexpr Bitboard occupied(const Position& p) { return p.typeBit0 | p.typeBit1 | p.typeBit2; }
+constexpr Bitboard opponent_pieces(const Position& p) { return occupied(p) ^ p.ownPieces; }
+constexpr Bitboard pawns(const Position& p) { return p.typeBit0 & ~p.typeBit1 & ~p.typeBit2; }
+constexpr Bitboard knights(const Position& p) { return p.typeBit1 & ~p.typeBit0 & ~p.typeBit2; }
+constexpr Bitboard bishops(const Position& p) { return p.typeBit0 & p.typeBit1 & ~p.typeBit2; }
+constexpr Bitboard rooks(const Position& p) { return p.typeBit2 & ~p.typeBit0 & ~p.typeBit1; }
+constexpr Bitboard queens(const Position& p) { return p.typeBit0 & p.typeBit2 & ~p.typeBit1; }
+constexpr Bitboard kings(const Position& p) { return p.typeBit1 & p.typeBit2; }
+constexpr Bitboard diagonal_sliders(const Position& p) {
+    return p.typeBit0 & (p.typeBit1 | p.typeBit2);
+}
+constexpr Bitboard straight_sliders(const Position& p) {
+    return p.typeBit2 & (p.typeBit0 | ~p.typeBit1);
+}
+constexpr int piece_type_at(const Position& p, Square sq) {
+    return int((p.typeBit0 >> sq) & 1) | int(((p.typeBit1 >> sq) & 1) << 1) |
+           int(((p.typeBit2 >> sq) & 1) << 2);
+}
+
+// Position stack.
+void new_game();
+void flip_position();
+void take_back();                 // steps CurrentPosition back one record (never below record 0)
+void count_repetitions();
+int stack_index();                // index of CurrentPosition in PositionStack
+void make_room_for_game_move();   // drops the oldest game records when the game nears the search reserve
+
+// FEN.
+[[nodiscard]] int read_fen(const char* text);
+
+// Attacks and check.
+// A king steps one square in any direction; steps off the board are dropped.
+constexpr Bitboard king_targets(Square sq) {
+    Bitboard result = 0;
+    for (int dr = -1; dr <= 1; ++dr)
+        for (int df = -1; df <= 1; ++df) {
+            int r = sq / 8 + dr, f = sq % 8 + df;
+            if ((dr || df) && r >= 0 && r < 8 && f >= 0 && f < 8) result |= bit(r * 8 + f);
+        }
+    return result;
+}
+// A knight jumps two squares one way and one the other; jumps off the board are dropped.
+constexpr Bitboard knight_targets(Square sq) {
+    constexpr int steps[8][2] = {{1, 2}, {2, 1}, {2, -1}, {1, -2},
+                                 {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}};
+    Bitboard result = 0;
+    for (const auto& s : steps) {
+        int r = sq / 8 + s[0], f = sq % 8 + s[1];
+        if (r >= 0 && r < 8 && f >= 0 && f < 8) result |= bit(r * 8 + f);
+    }
+    return result;
+}
+inline constexpr std::array<Bitboard, 64> KingAttacks = [] {
+    std::array<Bitboard, 64> table{};
+    for (Square sq = 0; sq < 64; ++sq) table[sq] = king_targets(sq);
+    return table;
+}();
+inline constexpr std::array<Bitboard, 64> KnightAttacks = [] {
+    std::array<Bitboard, 64> table{};
+    for (Square sq = 0; sq < 64; ++sq) table[sq] = knight_targets(sq);
+    return table;
+}();
+static_assert(KingAttacks[4] == 0x3828 && std::popcount(KnightAttacks[0]) == 2);
+
+Bitboard rook_attacks(Square sq, Bitboard occupancy);
+Bitboard bishop_attacks(Square sq, Bitboard occupancy);
+Bitboard in_check();
+Bitboard move_left_king_in_check();
+
+// Making moves.
+void make_move(Move m);
+
+// Move lists and text.
+void move_to_text(char* text, Move m, const Position* pos);
+void move_to_text_for(char* text, Move m, int blackToMove);
+void clear_move_list(MoveList& list);
+Move pick_best_move(MoveList& list);
+
+// User moves, combined and legal lists.
+constexpr int MaxGameMoves = MoveListSize + QuietListSize; // both generators' lists at their fullest
+[[nodiscard]] int enter_user_move(const char* text);
+void generate_moves(Move* moves, int& count);
+void legal_captures(MoveList& list);

@@ -1,0 +1,22 @@
+// Move generation: the two pseudo-legal generators, perft and the perft benchmark.
+#pragma once
+
+#include <cstdint>
+
+#include "board/board.h"
+
+// Tactical moves (captures, en passant, promotions) with their ordering scores, and quiet moves.
+// Both stop adding when their list is full, which only contrived FEN positions can reach.
+void generate_captures(MoveList& list);
+void generate_quiet_moves(QuietList& list);
+
+struct PerftRow {
+    char fen[200];
+    std::uint32_t depth;
+    std::uint64_t expected;
+};
+constexpr int PerftRows = 6;
+extern const PerftRow PerftSuite[PerftRows];
+
+std::uint64_t perft(std::uint32_t depth);
+void run_benchmark();

@@ -1,0 +1,55 @@
+// Start-up, the mode loop, and the line reader that every front end uses.
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "board/board.h"
+#include "protocol/protocol.h"
+#include "shell/shell.h"
+
+std::int32_t GameOver      = 0;
+std::uint8_t EngineColor   = 'c';
+std::int32_t QuitRequested = 0;
+std::FILE* InputStream     = stdin;
+
+int read_line(char* line) {
+    int length = 0, c;
+    while ((c = std::getc(InputStream)) != EOF && c != '\n')
+        if (length < LineSize - 1) line[length++] = char(c);
+    if (c == EOF && length == 0) {
+        line[0] = '\0';
+        return 0;
+    }
+    if (length > 0 && line[length - 1] == '\r') --length; // a line ended by CR LF
+    line[length] = '\0';
+    return 1;
+}
+
+void start_up() {
+    GameOver    = 0;
+    EngineColor = 'c';
+    load_settings("quillfern.ini");
+    new_game();
+    std::printf("quillfern chess engine by Brackenwold\n");
+    std::printf("version 0.05\n");
+    std::printf("enter 'console' for console mode...\n");
+}
+
+// Waits for the mode line; the end of input ends the program like "quit".
+void mode_loop() {
+    char line[LineSize];
+    for (;;) {
+        int got = read_line(line);
+        std::fflush(stdout);
+        if (!got) return;
+        if (std::strncmp(line, "xboard", 6) == 0) {
+            xboard_loop();
+            if (QuitRequested == 1) return;
+        } else if (std::strncmp(line, "quit", 4) == 0) {
+            return;
+        } else if (std::strncmp(line, "cons", 4) == 0) {
+            console_loop();
+            if (QuitRequested == 1) return;
+        }
+    }
+}

@@ -1,0 +1,14 @@
+#!/bin/sh
+# Builds the engine twice and runs the tests: a Release tree (fast and slow tests) and an
+# AddressSanitizer + UndefinedBehaviorSanitizer tree with bounds-checked containers (fast tests).
+set -e
+cd "$(dirname "$0")"
+JOBS=${JOBS:-2}
+
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release
+cmake --build build -j "$JOBS"
+ctest --test-dir build --output-on-failure -j "$JOBS"
+
+cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLFERN_SANITIZE=ON
+cmake --build build-sanitize -j "$JOBS"
+ctest --test-dir build-sanitize --output-on-failure -j "$JOBS" -L fast
