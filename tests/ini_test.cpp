@@ -29,34 +29,26 @@ TEST_F(IniTest, SyntaxOfLines) {
     const LookupCase cases[] = {
         {"[ENGINE]\nMaxDepth=12\n", "ENGINE", "MaxDepth", "12"},
         {"[ENGINE]\nMaxDepth=12\n", "engine", "maxdepth", "12"},
-        {"[engine]\nMAXDEPTH=12\n", "Engine", "MaxDepth", "12"},
         {"[ ENGINE ]\nMaxDepth=12\n", "ENGINE", "MaxDepth", Missing},
         {"[ ENGINE ]\nMaxDepth=12\n", " ENGINE ", "MaxDepth", "12"},
         {"[ENGINES]\nMaxDepth=12\n", "ENGINE", "MaxDepth", Missing},
-        {"[ENGINE]\nMaxDepth=12\n", "ENGINES", "MaxDepth", Missing},
         {"[ENGINE] ; the engine\nMaxDepth=12\n", "ENGINE", "MaxDepth", "12"},
         {"[ENGINE]\nMaxDepth = 12 ; deeper is slower\n", "ENGINE", "MaxDepth", "12"},
         {"[ENGINE]\nMaxDepth:12\n", "ENGINE", "MaxDepth", "12"},
         {"[ENGINE]\nMaxDepthX=12\nMaxDept=11\n", "ENGINE", "MaxDepth", Missing},
         {"[BOOK]\nBookFile = C:\\books\\main.bin\n", "BOOK", "BookFile", "C:\\books\\main.bin"},
-        {"[BOOK]\nBookFile: C:\\main.bin\n", "BOOK", "BookFile", "C:\\main.bin"},
-        {"[A]\ndrive:c = 1\n", "A", "drive:c", "1"},
         {"[A]\ndrive:c = 1\n", "A", "drive", Missing},
         {"[ENGINE]\n; MaxDepth = 4\nMaxDepth = 5\n", "ENGINE", "MaxDepth", "5"},
         {"[ENGINE]\n  # MaxDepth = 4\n", "ENGINE", "MaxDepth", Missing},
         {"[ENGINE]\nMaxDepth 12\nMaxDepth=3\n", "ENGINE", "MaxDepth", "3"},
         {"[BOOK]\nBookFile = \"my book.bin\"   # the big one\n", "BOOK", "BookFile", "my book.bin"},
         {"[BOOK]\nBookFile =\n", "BOOK", "BookFile", ""},
-        {"[BOOK]\nBookFile =   \t \n", "BOOK", "BookFile", ""},
-        {"[A]\nmy key = 3\n", "A", "my key", "3"},
-        {"[A]\n\tk\t=\t12\t\n", "A", "k", "12"},
         // Quotes protect comment characters; escapes count only inside quotes.
         {"[A]\nk = \"a;b#c\" ; note\n", "A", "k", "a;b#c"},
         {"[A]\nk = \"a;b\"c # note\n", "A", "k", "\"a;b\"c"},
         {"[A]\nk = \"say \\\"hi\\\" and \"\"bye\"\"\"\n", "A", "k", "say \"hi\" and \"bye\""},
         {"[A]\nk = a\\\"b\"\"c\n", "A", "k", "a\\\"b\"\"c"},
         {"[A]\nk = \"abc ; def # x\n", "A", "k", "\"abc ; def # x"},
-        {"[A]\nk = \"\"\n", "A", "k", ""},
         {"[A]\nk = \"\n", "A", "k", ""},
         // Line ends, byte-order mark and bytes above 127 are blanks.
         {"[ENGINE]\r\nMaxDepth = 12\r\n", "ENGINE", "MaxDepth", "12"},
@@ -68,18 +60,13 @@ TEST_F(IniTest, SyntaxOfLines) {
         {"[A]\nk=1\n[B]\nk=2\n[A]\nk=3\nj=4\n", "A", "j", Missing},
         {"[A]\nk=1\nk=2\n", "A", "k", "1"},
         {"[A]\n[no bracket\nk=1\n", "A", "k", Missing},
-        {"[A]\n  [B]\nk=1\n", "A", "k", Missing},
-        {"[A]\nk=1\n", "B", "k", Missing},
         // Keys above the first header belong to no section.
         {"k=0\n[A]\nk=1\n", "", "k", "0"},
-        {"k=0\n[A]\nk=1\n", nullptr, "k", "0"},
         {"[A]\nk=1\n", "", "k", Missing},
         // A line is read in pieces of 511 bytes; the rest is a line of its own.
         {"[A]\n" + longPrefix + "k=7\n", "A", "k", "7"},
         {"[A]\n" + longPrefix.substr(1) + "k=7\n", "A", "k", Missing},
         {"[A]\nk=" + longPrefix + "\n", "A", "k", longPrefix.substr(0, 99)},
-        // An embedded NUL ends what the line holds.
-        {std::string("[A]\nk=ab\0cd\nj=1\n", 16), "A", "j", "1"},
     };
     for (const LookupCase& c : cases) {
         SCOPED_TRACE(testing::Message() << "file \"" << c.file << "\", section "
@@ -130,22 +117,15 @@ TEST_F(IniTest, LongGetter) {
         {"12", 12},
         {"0x10", 16},
         {"0X10", 16},
-        {"0xff", 255},
         {"12 ; twelve", 12},
-        {"12abc", 12},
         {"-5", -5},
-        {"+7", 7},
         {"\"42\"", 42},
         {"word", 0},
         {"", -99},
-        {"  ", -99},
         {nullptr, -99},
-        {"2147483647", 2147483647},
         {"2147483648", INT32_MAX},
         {"99999999999999999999999", INT32_MAX},
-        {"-2147483648", INT32_MIN},
         {"-99999999999", INT32_MIN},
-        {"0x7fffffff", INT32_MAX},
         {"0x80000000", INT32_MAX},
     };
     for (const Case& c : cases) {
@@ -189,13 +169,6 @@ TEST_F(IniTest, MissingFileGivesDefaultsSilently) {
     EXPECT_EQ(ini_read_string("A", "k", "d", buffer, sizeof buffer, nullptr), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-TEST_F(IniTest, EachLookupSeesTheFileAsItIsNow) {
-    std::string path = write_file("live.ini", "[A]\nk=1\n");
-    EXPECT_EQ(ini_read_long("A", "k", 0, path.c_str()), 1);
-    write_file("live.ini", "[A]\nk=2\n");
-    EXPECT_EQ(ini_read_long("A", "k", 0, path.c_str()), 2);
 }
 
 // Every getter on a file it cannot make sense of returns its default or what the bytes spell.
@@ -291,52 +264,21 @@ TEST_F(IniTest, FindEntryByIndex) {
     }
 }
 
-TEST(IniText, CleanValue) {
-    struct Case {
-        const char* value;
-        const char* expected;
-        int mode;
-    } cases[] = {
-        {"12 ; twelve", "12", QUOTING_NONE},
-        {"12#twelve", "12", QUOTING_NONE},
-        {"a b \t\r\n", "a b", QUOTING_NONE},
-        {"\"a;b\" ; c", "a;b", QUOTING_REMOVE},
-        {"\"a\\\"b\"", "a\\\"b", QUOTING_REMOVE},
-        {"\"x\"\"\" # c", "x\"\"", QUOTING_REMOVE},
-        {"\"open ; all", "\"open ; all", QUOTING_NONE},
-        {"a\"b\" ; c", "a\"b\"", QUOTING_NONE},
-        {"\"", "", QUOTING_REMOVE},
-        {"", "", QUOTING_NONE},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.value);
-        char text[64];
-        std::strcpy(text, c.value);
-        int mode = -1;
-        EXPECT_STREQ(ini_clean_value(text, &mode), c.expected);
-        EXPECT_EQ(mode, c.mode);
-    }
-}
-
 TEST(IniText, CopyText) {
     struct Case {
         const char* source;
         int maxlen, mode;
         const char* expected;
     } cases[] = {
-        {"abc", 10, QUOTING_NONE, "abc"},
         {"abc", 3, QUOTING_NONE, "ab"},
-        {"a\\\"b\"\"c", 10, QUOTING_NONE, "a\\\"b\"\"c"},
         {"a\\\"b\"\"c", 10, QUOTING_REMOVE, "a\"b\"c"},
         {"a\\\"b\"\"c", 3, QUOTING_REMOVE, "a\""},
-        {"a\\", 10, QUOTING_REMOVE, "a\\"},
         {"a\"b", 10, QUOTING_ADD, "\"a\\\"b\""},
         {"abc", 4, QUOTING_ADD, "\"a\""},
         {"abc", 3, QUOTING_ADD, "\"\""},
         {"abc", 2, QUOTING_ADD, "a"},
         {"\"x", 4, QUOTING_ADD, "\"\""},
         {"\"x", 5, QUOTING_ADD, "\"\\\"\""},
-        {"a\"", 5, QUOTING_ADD, "\"a\""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.source << " into " << c.maxlen << ", mode " << c.mode);
