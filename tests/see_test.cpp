@@ -21,10 +21,6 @@ class SeeTest : public ::testing::Test {
 
     void set_up(const char* fen) {
         ASSERT_EQ(read_fen(fen), 1) << fen;
-        snapshot();
-    }
-
-    void snapshot() {
         saved_index = stack_index();
         saved.assign(PositionStack.begin(), PositionStack.begin() + saved_index + 1);
     }
@@ -147,17 +143,6 @@ TEST_F(SeeTest, RecaptureOrder) {
         }
         expect_stack_unchanged();
     }
-}
-
-// The square is numbered as the side that just captured sees it: after Black's bishop takes on
-// a3 (a6 in Black's view), White's b-pawn wins the bishop and Black has nothing to take back.
-TEST_F(SeeTest, SquareValueForTheSideToMove) {
-    set_up("1k1r3r/p1p3pp/B2b1p2/B2R4/4p2P/P3P3/1PP3P1/6K1 b - - 0 23");
-    make_move(find_tactical("d6a3 "));
-    ASSERT_EQ(move_left_king_in_check(), 0u);
-    snapshot();
-    EXPECT_EQ(see_square(40), 300);
-    expect_stack_unchanged();
 }
 
 struct GoodCase {
