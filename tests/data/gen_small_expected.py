@@ -22,6 +22,7 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
+sys.dont_write_bytecode = True  # keep tests/data free of __pycache__
 import dump_book  # noqa: E402
 
 BOOK = os.path.join(HERE, "small_book.bin")
