@@ -9,6 +9,8 @@
 // Both stop adding when their list is full, which only contrived FEN positions can reach.
 void generate_captures(MoveList& list);
 void generate_quiet_moves(QuietList& list);
+// Whether the side to move may castle now (1 king-side, 0 queen-side), as the quiet list has it.
+bool castling_allowed(int king_side);
 
 struct PerftRow {
     char fen[200];

@@ -1,0 +1,105 @@
+// Make move: copy the record one slot up, apply the move, and turn the board to the opponent.
+#include <cassert>
+
+#include "board/board.h"
+
+namespace {
+
+constexpr Square A1 = 0, D1 = 3, F1 = 5, H1 = 7, A8 = 56, H8 = 63;
+
+// Removes whatever stands on the squares of mask from the three type planes.
+inline void clear_squares(Position& p, Bitboard mask) {
+    p.typeBit0 &= ~mask;
+    p.typeBit1 &= ~mask;
+    p.typeBit2 &= ~mask;
+}
+
+// XORs a piece of the given type with the squares of mask in the type planes.
+inline void toggle_piece(Position& p, int type, Bitboard mask) {
+    if (type & 1) p.typeBit0 ^= mask;
+    if (type & 2) p.typeBit1 ^= mask;
+    if (type & 4) p.typeBit2 ^= mask;
+}
+
+} // namespace
+
+void make_move(Move m) {
+    assert(CurrentPosition < &PositionStack[StackSize - 1]);
+    ++IterationNodeCount;
+    Position& p = *(CurrentPosition + 1);
+    p           = *CurrentPosition;
+    ++CurrentPosition;
+
+    const std::uint32_t flags = move_flags(m);
+    const Square from = move_from(m), to = move_to(m);
+    const Bitboard F = bit(from), T = bit(to);
+
+    // Step 1. The pieces. The mover's type is in the low three bits of the flags.
+    switch (flags) {
+    case PawnPush: case KnightMove: case BishopMove: case RookMove: case QueenMove: case KingMove:
+        toggle_piece(p, int(flags), F | T);
+        break;
+    case PawnCapture: case KnightCapture: case BishopCapture: case RookCapture:
+    case QueenCapture: case KingCapture:
+        clear_squares(p, T);
+        toggle_piece(p, int(flags & 7), F | T);
+        break;
+    case PromotionCapture:
+        clear_squares(p, T);
+        [[fallthrough]];
+    case Promotion:
+        p.typeBit0 ^= F;
+        toggle_piece(p, move_promotion(m), T);
+        break;
+    case CastleKingSide:
+        toggle_piece(p, King, F | T);
+        p.typeBit2 ^= bit(F1) | bit(H1);
+        p.ownPieces ^= bit(F1) | bit(H1);
+        break;
+    case CastleQueenSide:
+        toggle_piece(p, King, F | T);
+        p.typeBit2 ^= bit(A1) | bit(D1);
+        p.ownPieces ^= bit(A1) | bit(D1);
+        break;
+    case EnPassant:
+        p.typeBit0 ^= F | T | (T >> 8);
+        break;
+    default:
+        assert(false && "unknown move flags");
+    }
+    p.ownPieces ^= F | T;
+
+    // Step 2. En passant becomes possible only after a double push.
+    p.epFile = 8;
+    if (flags == PawnPush && (F & Rank2) && (T & Rank4)) p.epFile = std::uint8_t(to & 7);
+
+    // Step 3. Castling rights: a king move loses both, a rook leaving its corner loses its
+    // side, and a capture on the opponent's corner takes the opponent's right there.
+    if ((flags & 7) == King) p.castling &= ~0x03;
+    if ((flags & 7) == Rook) {
+        if (from == A1) p.castling &= ~0x01;
+        if (from == H1) p.castling &= ~0x02;
+    }
+    if ((flags & 0x08) && flags != EnPassant) {
+        if (to == A8) p.castling &= ~0x10;
+        if (to == H8) p.castling &= ~0x20;
+    }
+
+    // Step 4. Pawn moves and captures are irreversible.
+    const bool irreversible = (flags & 7) == Pawn || (flags & 0x08);
+    p.reversibleCount = irreversible ? 0 : std::uint8_t(p.reversibleCount + 1);
+
+    // Step 5. Turn the board to the opponent.
+    p.ownPieces   = mirror(opponent_pieces(p));
+    p.typeBit0    = mirror(p.typeBit0);
+    p.typeBit1    = mirror(p.typeBit1);
+    p.typeBit2    = mirror(p.typeBit2);
+    p.castling    = std::uint8_t((p.castling >> 4) | (p.castling << 4));
+    p.blackToMove ^= 1;
+
+    // Step 6. Repetitions can only be found back to the last irreversible move.
+    if (irreversible)
+        p.repetitions = 0;
+    else
+        count_repetitions();
+}

@@ -1,0 +1,144 @@
+// User moves given as coordinate text, and the combined and legal move lists.
+#include "board/board.h"
+#include "movegen/movegen.h"
+
+namespace {
+
+constexpr Square E1 = 4, C1 = 2, G1 = 6;
+
+// One set of target squares and the flags a move into it carries.
+struct Slot {
+    Bitboard targets;
+    std::uint32_t flags;
+};
+
+// Fills the slots of the piece on from; returns how many, 0 when from holds no own piece.
+// Pawn moves onto the last rank always promote (to a queen when no letter was given); a
+// letter on a pawn move that does not reach the last rank is refused by the caller.
+int target_slots(const Position& p, Square from, Slot* slots) {
+    const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own, empty = ~occ;
+    const Bitboard F = bit(from);
+    if (!(own & F)) return 0;
+    Bitboard targets = 0;
+    switch (piece_type_at(p, from)) {
+    case King:
+        slots[0] = {KingAttacks[from] & empty, KingMove};
+        slots[1] = {KingAttacks[from] & opp, KingCapture};
+        slots[2] = {from == E1 && castling_allowed(1) ? bit(G1) : 0, CastleKingSide};
+        slots[3] = {from == E1 && castling_allowed(0) ? bit(C1) : 0, CastleQueenSide};
+        return 4;
+    case Queen:
+        targets = rook_attacks(from, occ) | bishop_attacks(from, occ);
+        slots[0] = {targets & empty, QueenMove};
+        slots[1] = {targets & opp, QueenCapture};
+        return 2;
+    case Rook:
+        slots[0] = {rook_attacks(from, occ) & empty, RookMove};
+        slots[1] = {rook_attacks(from, occ) & opp, RookCapture};
+        return 2;
+    case Bishop:
+        slots[0] = {bishop_attacks(from, occ) & empty, BishopMove};
+        slots[1] = {bishop_attacks(from, occ) & opp, BishopCapture};
+        return 2;
+    case Knight:
+        slots[0] = {KnightAttacks[from] & empty, KnightMove};
+        slots[1] = {KnightAttacks[from] & opp, KnightCapture};
+        return 2;
+    case Pawn: {
+        Bitboard single = (F << 8) & empty;
+        Bitboard pushes = single | (((single & (Rank2 << 8)) << 8) & empty);
+        Bitboard diagonal = ((F << 7) & NotHFile) | ((F << 9) & NotAFile);
+        Bitboard ep = 0;
+        if (p.epFile != 8) {
+            Square target = 40 + p.epFile;
+            if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8))) ep = bit(target);
+        }
+        slots[0] = {pushes, PawnPush};
+        slots[1] = {diagonal & opp, PawnCapture};
+        slots[2] = {diagonal & ep, EnPassant};
+        return 3;
+    }
+    default:
+        return 0;
+    }
+}
+
+int letter_to_piece(char c) {
+    switch (c) {
+    case '\0': return 0;
+    case 'n': return Knight;
+    case 'b': return Bishop;
+    case 'r': return Rook;
+    case 'q': return Queen;
+    default: return -1;
+    }
+}
+
+} // namespace
+
+int enter_user_move(const char* text) {
+    for (int i = 0; i < 4; ++i) {
+        char lo = i % 2 ? '1' : 'a', hi = i % 2 ? '8' : 'h';
+        if (text[i] < lo || text[i] > hi) return 0;
+    }
+    int promotion = letter_to_piece(text[4]);
+    if (promotion < 0) return 0;
+
+    make_room_for_game_move();
+    const Position& p = *CurrentPosition;
+    const int flip    = p.blackToMove ? 56 : 0;
+    Square from = ((text[0] - 'a') + 8 * (text[1] - '1')) ^ flip;
+    Square to   = ((text[2] - 'a') + 8 * (text[3] - '1')) ^ flip;
+
+    Slot slots[4];
+    int count = target_slots(p, from, slots);
+    std::uint32_t flags = 0;
+    for (int i = 0; i < count && !flags; ++i)
+        if (slots[i].targets & bit(to)) flags = slots[i].flags;
+    if (!flags) return 0;
+
+    if ((flags & 7) == Pawn) {
+        bool last_rank = to >= 56;
+        if (last_rank) {
+            flags     = flags == PawnCapture ? PromotionCapture : Promotion;
+            promotion = promotion ? promotion : Queen;
+        } else if (promotion) {
+            return 0;
+        }
+    } else {
+        promotion = 0; // a letter after a piece move changes nothing
+    }
+
+    make_move(make_move_word(flags, from, to, promotion));
+    if (move_left_king_in_check()) {
+        take_back();
+        return 0;
+    }
+    return 1;
+}
+
+// The tactical moves best first, then the quiet moves from the last generated to the first.
+void generate_moves(Move* moves, int& count) {
+    MoveList captures;
+    QuietList quiets;
+    generate_captures(captures);
+    generate_quiet_moves(quiets);
+    count = 0;
+    while (captures.count > 0) {
+        moves[count++] = pick_best_move(captures);
+        --captures.count;
+    }
+    for (int i = int(quiets.count) - 1; i >= 0; --i) moves[count++] = quiets.moves[i];
+}
+
+// Appends the legal tactical moves, in the reverse of the generator's order.
+void legal_captures(MoveList& list) {
+    MoveList all;
+    clear_move_list(all);
+    generate_captures(all);
+    for (int i = int(all.count) - 1; i >= 0; --i) {
+        make_move(all.entries[i].move);
+        if (!move_left_king_in_check()) list.entries[list.count++] = all.entries[i];
+        take_back();
+    }
+}

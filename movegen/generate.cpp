@@ -1,0 +1,187 @@
+// Move generation: the tactical list with its ordering scores, and the quiet list.
+#include "movegen/movegen.h"
+
+namespace {
+
+constexpr Square A1 = 0, B1 = 1, C1 = 2, D1 = 3, E1 = 4, F1 = 5, G1 = 6, H1 = 7;
+constexpr Square B2 = 9, C2 = 10, G2 = 14;
+
+// Appends while there is room: only contrived positions (many queens or promoting pawns set
+// up by FEN) can fill a list, and then the moves beyond its room are not generated.
+inline void add(MoveList& list, Move m, int score) {
+    if (list.count < MoveListSize) list.entries[list.count++] = {m, score};
+}
+inline void add(QuietList& list, Move m) {
+    if (list.count < QuietListSize) list.moves[list.count++] = m;
+}
+
+// A capture scores 16 times the victim's type plus 6 minus the capturer's type, so the most
+// valuable victim comes first and, among captures of one victim, the cheapest capturer.
+inline int capture_score(const Position& p, Square to, int mover) {
+    return 16 * piece_type_at(p, to) + (6 - mover);
+}
+
+void add_captures(MoveList& list, const Position& p, int mover, Square from, Bitboard targets) {
+    while (targets) {
+        Square to = pop_lsb(targets);
+        add(list, make_move_word(8 + mover, from, to), capture_score(p, to, mover));
+    }
+}
+
+// Four entries per promotion square: queen, rook, bishop, knight.
+void add_promotions(MoveList& list, std::uint32_t flags, int offset, Bitboard targets) {
+    while (targets) {
+        Square to = pop_lsb(targets);
+        add(list, make_move_word(flags, to - offset, to, Queen), 85);
+        add(list, make_move_word(flags, to - offset, to, Rook), -1);
+        add(list, make_move_word(flags, to - offset, to, Bishop), -2);
+        add(list, make_move_word(flags, to - offset, to, Knight), -3);
+    }
+}
+
+void add_quiets(QuietList& list, std::uint32_t flags, Square from, Bitboard targets) {
+    while (targets) add(list, make_move_word(flags, from, pop_lsb(targets)));
+}
+
+// Whether an opponent piece other than the king attacks sq; castling adds the king's own
+// squares (g2, or b2 and c2), which leaves out a king on h2 next to g1: the legality test
+// after the move catches that one.
+bool attacked_without_king(const Position& p, Square sq) {
+    // The square is asked as if something stood on it: the slider functions want the origin
+    // in the occupancy.
+    Bitboard b = bit(sq), occ = occupied(p) | b, opp = opponent_pieces(p);
+    Bitboard pawn_squares = ((b << 7) & NotHFile) | ((b << 9) & NotAFile);
+    return opp & ((KnightAttacks[sq] & knights(p)) | (pawn_squares & pawns(p)) |
+                  (rook_attacks(sq, occ) & straight_sliders(p)) |
+                  (bishop_attacks(sq, occ) & diagonal_sliders(p)));
+}
+
+// The castling bits are trusted only with the own king on e1 and the own rook in the corner,
+// so rights that a FEN gives without those pieces never move a piece that is not there.
+bool can_castle_king_side(const Position& p) {
+    Bitboard occ = occupied(p);
+    if (!(p.castling & 0x02) || (occ & (bit(F1) | bit(G1)))) return false;
+    if (!(p.ownPieces & kings(p) & bit(E1)) || !(p.ownPieces & rooks(p) & bit(H1))) return false;
+    if (opponent_pieces(p) & kings(p) & bit(G2)) return false;
+    return !attacked_without_king(p, E1) && !attacked_without_king(p, F1) &&
+           !attacked_without_king(p, G1);
+}
+
+bool can_castle_queen_side(const Position& p) {
+    Bitboard occ = occupied(p);
+    if (!(p.castling & 0x01) || (occ & (bit(B1) | bit(C1) | bit(D1)))) return false;
+    if (!(p.ownPieces & kings(p) & bit(E1)) || !(p.ownPieces & rooks(p) & bit(A1))) return false;
+    if (opponent_pieces(p) & kings(p) & (bit(B2) | bit(C2))) return false;
+    return !attacked_without_king(p, C1) && !attacked_without_king(p, D1) &&
+           !attacked_without_king(p, E1);
+}
+
+} // namespace
+
+bool castling_allowed(int king_side) {
+    return king_side ? can_castle_king_side(*CurrentPosition)
+                     : can_castle_queen_side(*CurrentPosition);
+}
+
+void generate_captures(MoveList& list) {
+    const Position& p = *CurrentPosition;
+    list.count        = 0;
+    const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own;
+    const Bitboard own_pawns = own & pawns(p);
+
+    // 1. En passant, when the double-pushed pawn is really there and the square behind it is
+    // empty (a FEN's en-passant square is not otherwise checked against the board).
+    if (p.epFile != 8) {
+        Square target = 40 + p.epFile;
+        if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8))) {
+            if (p.epFile != 0 && (own_pawns & bit(target - 9)))
+                add(list, make_move_word(EnPassant, target - 9, target), 21);
+            if (p.epFile != 7 && (own_pawns & bit(target - 7)))
+                add(list, make_move_word(EnPassant, target - 7, target), 21);
+        }
+    }
+
+    // 2. Promotions: captures up-right, captures up-left, pushes.
+    if (Bitboard seventh = own_pawns & Rank7) {
+        add_promotions(list, PromotionCapture, 9, (seventh << 9) & NotAFile & opp);
+        add_promotions(list, PromotionCapture, 7, (seventh << 7) & NotHFile & opp);
+        add_promotions(list, Promotion, 8, (seventh << 8) & ~occ);
+    }
+
+    // 3-4. Pawn captures that do not promote.
+    for (Bitboard t = (own_pawns << 9) & NotAFile & ~Rank8 & opp; t;) {
+        Square to = pop_lsb(t);
+        add(list, make_move_word(PawnCapture, to - 9, to), capture_score(p, to, Pawn));
+    }
+    for (Bitboard t = (own_pawns << 7) & NotHFile & ~Rank8 & opp; t;) {
+        Square to = pop_lsb(t);
+        add(list, make_move_word(PawnCapture, to - 7, to), capture_score(p, to, Pawn));
+    }
+
+    // 5-9. Pieces, each kind by ascending square; the king last.
+    for (Bitboard b = own & knights(p); b;) {
+        Square from = pop_lsb(b);
+        add_captures(list, p, Knight, from, KnightAttacks[from] & opp);
+    }
+    for (Bitboard b = own & bishops(p); b;) {
+        Square from = pop_lsb(b);
+        add_captures(list, p, Bishop, from, bishop_attacks(from, occ) & opp);
+    }
+    for (Bitboard b = own & rooks(p); b;) {
+        Square from = pop_lsb(b);
+        add_captures(list, p, Rook, from, rook_attacks(from, occ) & opp);
+    }
+    for (Bitboard b = own & queens(p); b;) {
+        Square from = pop_lsb(b);
+        add_captures(list, p, Queen, from,
+                     (rook_attacks(from, occ) | bishop_attacks(from, occ)) & opp);
+    }
+    if (Bitboard king = own & kings(p)) {
+        Square from = lsb(king);
+        add_captures(list, p, King, from, KingAttacks[from] & opp);
+    }
+}
+
+void generate_quiet_moves(QuietList& list) {
+    const Position& p = *CurrentPosition;
+    list.count        = 0;
+    const Bitboard occ = occupied(p), own = p.ownPieces, empty = ~occ;
+
+    // 1-2. Castling, queen-side first.
+    if (p.castling & 0x03) {
+        if (can_castle_queen_side(p)) add(list, QueenSideCastle);
+        if (can_castle_king_side(p)) add(list, KingSideCastle);
+    }
+
+    // 3-7. King, queens, rooks, bishops, knights to empty squares.
+    if (Bitboard king = own & kings(p)) {
+        Square from = lsb(king);
+        add_quiets(list, KingMove, from, KingAttacks[from] & empty);
+    }
+    for (Bitboard b = own & queens(p); b;) {
+        Square from = pop_lsb(b);
+        add_quiets(list, QueenMove, from,
+                   (rook_attacks(from, occ) | bishop_attacks(from, occ)) & empty);
+    }
+    for (Bitboard b = own & rooks(p); b;) {
+        Square from = pop_lsb(b);
+        add_quiets(list, RookMove, from, rook_attacks(from, occ) & empty);
+    }
+    for (Bitboard b = own & bishops(p); b;) {
+        Square from = pop_lsb(b);
+        add_quiets(list, BishopMove, from, bishop_attacks(from, occ) & empty);
+    }
+    for (Bitboard b = own & knights(p); b;) {
+        Square from = pop_lsb(b);
+        add_quiets(list, KnightMove, from, KnightAttacks[from] & empty);
+    }
+
+    // 8. Pawn pushes that do not promote, each pawn's single push before its double push.
+    for (Bitboard b = own & pawns(p) & ~Rank7 & ~Rank8; b;) {
+        Square from = pop_lsb(b);
+        if (!(empty & bit(from + 8))) continue;
+        add(list, make_move_word(PawnPush, from, from + 8));
+        if ((bit(from) & Rank2) && (empty & bit(from + 16)))
+            add(list, make_move_word(PawnPush, from, from + 16));
+    }
+}

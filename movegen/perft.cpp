@@ -1,0 +1,66 @@
+// Perft: the number of move sequences of a given length, and the benchmark over six positions.
+#include <cstdio>
+#include <ctime>
+
+#include "movegen/movegen.h"
+
+const PerftRow PerftSuite[PerftRows] = {
+    {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 6, 119060324},
+    {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 5, 193690690},
+    {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 7, 178633661},
+    {"r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1", 6, 706045033},
+    {"rnbqkb1r/pp1p1ppp/2p5/4P3/2B5/8/PPP1NnPP/RNBQK2R w KQkq - 0 6", 3, 53392},
+    {"r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10", 5, 164075551},
+};
+
+// A position without a legal move counts as one when it is stalemate and as none when it is
+// checkmate, at every depth from 1 on.
+std::uint64_t perft(std::uint32_t depth) {
+    if (depth == 0) return 1;
+    std::uint64_t total = 0;
+
+    MoveList captures;
+    generate_captures(captures);
+    while (captures.count > 0) {
+        make_move(pick_best_move(captures));
+        if (!move_left_king_in_check()) total += perft(depth - 1);
+        take_back();
+        --captures.count;
+    }
+
+    QuietList quiets;
+    generate_quiet_moves(quiets);
+    for (int i = int(quiets.count) - 1; i >= 0; --i) {
+        make_move(quiets.moves[i]);
+        if (!move_left_king_in_check()) total += perft(depth - 1);
+        take_back();
+    }
+
+    if (total != 0) return total;
+    return in_check() ? 0 : 1;
+}
+
+void run_benchmark() {
+    std::printf("Running benchmark. . .\n");
+    std::fflush(stdout);
+    std::clock_t start  = std::clock();
+    std::uint64_t total = 0;
+    for (const PerftRow& row : PerftSuite) {
+        std::printf(".");
+        std::fflush(stdout);
+        new_game();
+        (void)read_fen(row.fen);
+        std::uint64_t n = perft(row.depth);
+        total += n;
+        std::printf("%s%lld\n", "Expected   value: ", (long long)row.expected);
+        std::printf("%s%lld\n", "Calculated value: ", (long long)n);
+        std::puts("");
+    }
+    double elapsed = double(std::clock() - start) / CLOCKS_PER_SEC;
+    // A run too short to measure reports the total as its rate rather than dividing by zero.
+    double rate = elapsed > 0 ? double(total) / elapsed : double(total);
+    std::printf("\n");
+    std::printf("Total nodes: %lld \n", (long long)total);
+    std::printf("Raw nodes per second: %d\n", int(rate > 2147483647.0 ? 2147483647.0 : rate));
+    std::printf("Total elapsed time: %.2f\n", elapsed);
+}
