@@ -8,6 +8,7 @@
 #include <ctime>
 
 #include "board/board.h"
+#include "protocol/protocol.h"
 #include "shell/shell.h"
 
 namespace {
@@ -181,10 +182,7 @@ int choose_book_move(const char* file_name, char* text) {
     if (PostThinking == 1) {
         std::fputs(BookThinkingLine, stdout);
         std::fflush(stdout);
-        if (LogGame == 1 && LogFileHandle) {
-            std::fputs(BookThinkingLine, LogFileHandle);
-            std::fflush(LogFileHandle);
-        }
+        log_printf("%s", BookThinkingLine);
     }
     int index = 0;
     if (RandBook != 0) {
