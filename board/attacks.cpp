@@ -1,68 +1,104 @@
-// Attacks and check: sliding attacks by bit scans, and the two king tests.
+// Attacks and check: the slider tables and the two king tests.
 #include "board/board.h"
 
 namespace {
 
-constexpr Bitboard FileA = 0x0101010101010101ull, FileH = 0x8080808080808080ull;
+// The eight directions as (file, rank) steps: the rook's four, then the bishop's four. Each
+// direction's opposite is the one with index XOR 2.
+struct Step {
+    int df, dr;
+};
+constexpr Step Steps[8] = {{0, 1}, {1, 0}, {0, -1}, {-1, 0}, {1, 1}, {-1, 1}, {-1, -1}, {1, -1}};
+constexpr int RookDirections = 0, BishopDirections = 4;
+constexpr bool ascending(Step s) { return s.dr > 0 || (s.dr == 0 && s.df > 0); }
 
-// The squares from sq (included) to the board's edge in the step (df, dr).
-constexpr Bitboard ray(Square sq, int df, int dr) {
-    Bitboard result = 0;
-    for (int f = sq % 8, r = sq / 8; f >= 0 && f < 8 && r >= 0 && r < 8; f += df, r += dr)
-        result |= bit(r * 8 + f);
-    return result;
-}
-
-template <int DF, int DR> constexpr std::array<Bitboard, 64> RayTable = [] {
-    std::array<Bitboard, 64> table{};
-    for (Square sq = 0; sq < 64; ++sq) table[sq] = ray(sq, DF, DR);
+// Rays[d][sq]: the squares from sq (not included) to the board's edge in direction d.
+constexpr std::array<std::array<Bitboard, 64>, 8> Rays = [] {
+    std::array<std::array<Bitboard, 64>, 8> table{};
+    for (int d = 0; d < 8; ++d)
+        for (Square sq = 0; sq < 64; ++sq)
+            for (int f = sq % 8 + Steps[d].df, r = sq / 8 + Steps[d].dr;
+                 f >= 0 && f < 8 && r >= 0 && r < 8; f += Steps[d].df, r += Steps[d].dr)
+                table[d][sq] |= bit(r * 8 + f);
     return table;
 }();
 
-// Each ray's far edge, which stops the scan when no piece does.
-constexpr Bitboard NorthEdge = Rank8, SouthEdge = Rank1, EastEdge = FileH, WestEdge = FileA;
-
-// The closed segment from square low to square high along one line, given the line's
-// pattern as seen from its lowest square (up) and from its highest square (down).
-constexpr Bitboard segment(Bitboard up, Bitboard down, Square low, Square high) {
-    return (up << low) & (down >> (63 - high));
+// The plain rule: along each of four directions, every square up to and including the first
+// occupied one, or to the board's edge; the ray beyond the nearest blocker is cut off. The
+// origin itself never blocks.
+constexpr Bitboard slider_reach(Square sq, Bitboard occupancy, int first_direction) {
+    Bitboard result = 0;
+    for (int d = first_direction; d < first_direction + 4; ++d) {
+        Bitboard ray = Rays[d][sq], blockers = ray & occupancy;
+        if (blockers) ray ^= Rays[d][ascending(Steps[d]) ? lsb(blockers) : msb(blockers)];
+        result |= ray;
+    }
+    return result;
 }
 
-constexpr Bitboard FileUp = 0x0101010101010101ull, FileDown = 0x8080808080808080ull;
-constexpr Bitboard RankUp = 0x00000000000000FFull, RankDown = 0xFF00000000000000ull;
-constexpr Bitboard Diagonal = 0x8040201008040201ull, AntiDiagonal = 0x8102040810204081ull;
+// The squares whose occupancy matters: every ray less its last square, since nothing lies
+// beyond that square for a piece there to block.
+constexpr Bitboard relevant_mask(Square sq, int first_direction) {
+    Bitboard result = 0;
+    for (int d = first_direction; d < first_direction + 4; ++d)
+        if (Bitboard ray = Rays[d][sq])
+            result |= ray & ~bit(ascending(Steps[d]) ? msb(ray) : lsb(ray));
+    return result;
+}
 
-// Pieces of either colour that would attack square k, the pawns being those on pawn_squares.
-Bitboard attackers(const Position& p, Square k, Bitboard pawn_squares) {
-    Bitboard occ = occupied(p);
-    return (KnightAttacks[k] & knights(p)) | (rook_attacks(k, occ) & straight_sliders(p)) |
-           (bishop_attacks(k, occ) & diagonal_sliders(p)) | (pawn_squares & pawns(p)) |
-           (KingAttacks[k] & kings(p));
+constexpr std::array<SliderSquare, 64> slider_squares(int first_direction, std::uint32_t first) {
+    std::array<SliderSquare, 64> table{};
+    for (Square sq = 0; sq < 64; ++sq) {
+        table[sq] = {relevant_mask(sq, first_direction), first};
+        first += std::uint32_t(1) << std::popcount(table[sq].mask);
+    }
+    return table;
 }
 
 } // namespace
 
-// The occupancy must hold sq; toggling sq out of it means the origin never blocks itself, and
-// an occupancy without sq gets it toggled in, so every scan stops at sq and the result is empty.
-Bitboard rook_attacks(Square sq, Bitboard occupancy) {
-    Bitboard occ  = occupancy ^ bit(sq);
-    Square north  = lsb(RayTable<0, 1>[sq] & (occ | NorthEdge));
-    Square south  = msb(RayTable<0, -1>[sq] & (occ | SouthEdge));
-    Square east   = lsb(RayTable<1, 0>[sq] & (occ | EastEdge));
-    Square west   = msb(RayTable<-1, 0>[sq] & (occ | WestEdge));
-    return (segment(FileUp, FileDown, south, north) | segment(RankUp, RankDown, west, east)) &
-           ~bit(sq);
+// A rook sees at most twelve relevant squares (4096 occupancies), a bishop at most nine.
+constexpr std::array<SliderSquare, 64> RookSquares   = slider_squares(RookDirections, 0);
+constexpr std::array<SliderSquare, 64> BishopSquares = slider_squares(BishopDirections, 102400);
+static_assert(std::popcount(RookSquares[0].mask) == 12 &&
+              std::popcount(BishopSquares[27].mask) == 9);
+static_assert(BishopSquares[63].offset + 64 == SliderTableSize);
+
+// Each block lists the reach for every subset of the mask in ascending order, enumerated with
+// the carry rippler (sub - mask) & mask; a subset's place in that order is what gather_bits
+// returns for any occupancy with that subset, so a lookup equals slider_reach exactly.
+constexpr std::array<Bitboard, SliderTableSize> SliderTable = [] {
+    std::array<Bitboard, SliderTableSize> table{};
+    for (Square sq = 0; sq < 64; ++sq)
+        for (int first_direction : {RookDirections, BishopDirections}) {
+            const SliderSquare& s =
+                first_direction == RookDirections ? RookSquares[sq] : BishopSquares[sq];
+            Bitboard sub        = 0;
+            std::uint32_t index = s.offset;
+            do {
+                table[index++] = slider_reach(sq, sub, first_direction);
+                sub            = (sub - s.mask) & s.mask;
+            } while (sub);
+        }
+    return table;
+}();
+
+namespace {
+
+// Pieces of either colour that would attack square k over the given occupancy, the pawns being
+// those on pawn_squares.
+inline Bitboard attackers(const Position& p, Square k, Bitboard occ, Bitboard pawn_squares) {
+    return (KnightAttacks[k] & knights(p)) | (rook_lookup(k, occ) & straight_sliders(p)) |
+           (bishop_lookup(k, occ) & diagonal_sliders(p)) | (pawn_squares & pawns(p)) |
+           (KingAttacks[k] & kings(p));
 }
 
-Bitboard bishop_attacks(Square sq, Bitboard occupancy) {
-    Bitboard occ = occupancy ^ bit(sq);
-    Square ne = lsb(RayTable<1, 1>[sq] & (occ | NorthEdge | EastEdge));
-    Square sw = msb(RayTable<-1, -1>[sq] & (occ | SouthEdge | WestEdge));
-    Square nw = lsb(RayTable<-1, 1>[sq] & (occ | NorthEdge | WestEdge));
-    Square se = msb(RayTable<1, -1>[sq] & (occ | SouthEdge | EastEdge));
-    return (segment(Diagonal, Diagonal, sw, ne) | segment(AntiDiagonal, AntiDiagonal, se, nw)) &
-           ~bit(sq);
+// The squares from which an opponent pawn, capturing downwards, attacks k.
+inline Bitboard opponent_pawn_squares(Square k) {
+    return ((bit(k) << 7) & NotHFile) | ((bit(k) << 9) & NotAFile);
 }
+
+} // namespace
 
 // A side without a king (possible only through a FEN) is never in check.
 Bitboard in_check() {
@@ -70,8 +106,7 @@ Bitboard in_check() {
     Bitboard king = p.ownPieces & kings(p);
     if (!king) return 0;
     Square k = lsb(king);
-    Bitboard pawn_squares = ((bit(k) << 7) & NotHFile) | ((bit(k) << 9) & NotAFile);
-    return attackers(p, k, pawn_squares) & opponent_pieces(p);
+    return attackers(p, k, occupied(p), opponent_pawn_squares(k)) & opponent_pieces(p);
 }
 
 Bitboard move_left_king_in_check() {
@@ -80,5 +115,5 @@ Bitboard move_left_king_in_check() {
     if (!king) return 0;
     Square k = lsb(king);
     Bitboard pawn_squares = ((bit(k) >> 7) & NotAFile) | ((bit(k) >> 9) & NotHFile);
-    return attackers(p, k, pawn_squares) & p.ownPieces;
+    return attackers(p, k, occupied(p), pawn_squares) & p.ownPieces;
 }

@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#ifdef __BMI2__
+#include <immintrin.h>
+#endif
 
 using Bitboard = std::uint64_t;
 using Square   = int;           // 0..63 = rank * 8 + file, always in the side to move's view
@@ -164,8 +167,50 @@ inline constexpr std::array<Bitboard, 64> KnightAttacks = [] {
 }();
 static_assert(KingAttacks[4] == 0x3828 && std::popcount(KnightAttacks[0]) == 2);
 
-Bitboard rook_attacks(Square sq, Bitboard occupancy);
-Bitboard bishop_attacks(Square sq, Bitboard occupancy);
+// Slider attacks by lookup. A square's mask holds the squares whose occupancy can change its
+// attacks (its lines without the origin and without the far edges); the occupancy of the mask
+// squares, gathered into a dense number, indexes the square's block of SliderTable.
+struct SliderSquare {
+    Bitboard mask;
+    std::uint32_t offset; // first entry of the square's block in SliderTable
+};
+constexpr int SliderTableSize = 102400 + 5248; // rook blocks, then bishop blocks
+extern const std::array<SliderSquare, 64> RookSquares;
+extern const std::array<SliderSquare, 64> BishopSquares;
+extern const std::array<Bitboard, SliderTableSize> SliderTable;
+
+// Gathers the bits of bb that lie in mask into the low bits of the result, lowest first: the
+// number a subset of mask has among all subsets counted in ascending order. One instruction
+// (PEXT) where the processor has BMI2; other builds pay a loop over the mask.
+inline std::uint64_t gather_bits(Bitboard bb, Bitboard mask) {
+#ifdef __BMI2__
+    return _pext_u64(bb, mask);
+#else
+    std::uint64_t result = 0;
+    for (std::uint64_t out = 1; mask; mask &= mask - 1, out <<= 1)
+        if (bb & mask & -mask) result |= out;
+    return result;
+#endif
+}
+
+// The attacks of a rook or bishop on sq for any occupancy; the origin's own bit is ignored.
+inline Bitboard rook_lookup(Square sq, Bitboard occupancy) {
+    const SliderSquare& s = RookSquares[sq];
+    return SliderTable[s.offset + gather_bits(occupancy, s.mask)];
+}
+inline Bitboard bishop_lookup(Square sq, Bitboard occupancy) {
+    const SliderSquare& s = BishopSquares[sq];
+    return SliderTable[s.offset + gather_bits(occupancy, s.mask)];
+}
+// The same for an occupancy that holds sq, as the board's occupancy does when a piece stands
+// there; an occupancy without sq gives the empty set.
+inline Bitboard rook_attacks(Square sq, Bitboard occupancy) {
+    return (occupancy & bit(sq)) ? rook_lookup(sq, occupancy) : 0;
+}
+inline Bitboard bishop_attacks(Square sq, Bitboard occupancy) {
+    return (occupancy & bit(sq)) ? bishop_lookup(sq, occupancy) : 0;
+}
+
 Bitboard in_check();
 Bitboard move_left_king_in_check();
 

@@ -47,13 +47,11 @@ void add_quiets(QuietList& list, std::uint32_t flags, Square from, Bitboard targ
 // squares (g2, or b2 and c2), which leaves out a king on h2 next to g1: the legality test
 // after the move catches that one.
 bool attacked_without_king(const Position& p, Square sq) {
-    // The square is asked as if something stood on it: the slider functions want the origin
-    // in the occupancy.
-    Bitboard b = bit(sq), occ = occupied(p) | b, opp = opponent_pieces(p);
+    Bitboard b = bit(sq), occ = occupied(p), opp = opponent_pieces(p);
     Bitboard pawn_squares = ((b << 7) & NotHFile) | ((b << 9) & NotAFile);
     return opp & ((KnightAttacks[sq] & knights(p)) | (pawn_squares & pawns(p)) |
-                  (rook_attacks(sq, occ) & straight_sliders(p)) |
-                  (bishop_attacks(sq, occ) & diagonal_sliders(p)));
+                  (rook_lookup(sq, occ) & straight_sliders(p)) |
+                  (bishop_lookup(sq, occ) & diagonal_sliders(p)));
 }
 
 // The castling bits are trusted only with the own king on e1 and the own rook in the corner,
@@ -125,16 +123,16 @@ void generate_captures(MoveList& list) {
     }
     for (Bitboard b = own & bishops(p); b;) {
         Square from = pop_lsb(b);
-        add_captures(list, p, Bishop, from, bishop_attacks(from, occ) & opp);
+        add_captures(list, p, Bishop, from, bishop_lookup(from, occ) & opp);
     }
     for (Bitboard b = own & rooks(p); b;) {
         Square from = pop_lsb(b);
-        add_captures(list, p, Rook, from, rook_attacks(from, occ) & opp);
+        add_captures(list, p, Rook, from, rook_lookup(from, occ) & opp);
     }
     for (Bitboard b = own & queens(p); b;) {
         Square from = pop_lsb(b);
         add_captures(list, p, Queen, from,
-                     (rook_attacks(from, occ) | bishop_attacks(from, occ)) & opp);
+                     (rook_lookup(from, occ) | bishop_lookup(from, occ)) & opp);
     }
     if (Bitboard king = own & kings(p)) {
         Square from = lsb(king);
@@ -161,15 +159,15 @@ void generate_quiet_moves(QuietList& list) {
     for (Bitboard b = own & queens(p); b;) {
         Square from = pop_lsb(b);
         add_quiets(list, QueenMove, from,
-                   (rook_attacks(from, occ) | bishop_attacks(from, occ)) & empty);
+                   (rook_lookup(from, occ) | bishop_lookup(from, occ)) & empty);
     }
     for (Bitboard b = own & rooks(p); b;) {
         Square from = pop_lsb(b);
-        add_quiets(list, RookMove, from, rook_attacks(from, occ) & empty);
+        add_quiets(list, RookMove, from, rook_lookup(from, occ) & empty);
     }
     for (Bitboard b = own & bishops(p); b;) {
         Square from = pop_lsb(b);
-        add_quiets(list, BishopMove, from, bishop_attacks(from, occ) & empty);
+        add_quiets(list, BishopMove, from, bishop_lookup(from, occ) & empty);
     }
     for (Bitboard b = own & knights(p); b;) {
         Square from = pop_lsb(b);
