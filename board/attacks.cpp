@@ -1,4 +1,5 @@
-// Attacks and check: the slider tables and the two king tests.
+// Attacks and check: the slider and line tables, the two king tests, and legality without
+// making the move.
 #include "board/board.h"
 
 namespace {
@@ -83,6 +84,31 @@ constexpr std::array<Bitboard, SliderTableSize> SliderTable = [] {
     return table;
 }();
 
+// Two squares share a line when one lies on a ray of the other: the line is that ray, its
+// opposite and the origin; between them lie the ray's squares short of the other square.
+constexpr std::array<std::array<Bitboard, 64>, 64> LineThrough = [] {
+    std::array<std::array<Bitboard, 64>, 64> table{};
+    for (Square a = 0; a < 64; ++a)
+        for (int d = 0; d < 8; ++d)
+            for (Bitboard on = Rays[d][a]; on;)
+                table[a][pop_lsb(on)] = Rays[d][a] | Rays[d ^ 2][a] | bit(a);
+    return table;
+}();
+constexpr std::array<std::array<Bitboard, 64>, 64> Between = [] {
+    std::array<std::array<Bitboard, 64>, 64> table{};
+    for (Square a = 0; a < 64; ++a)
+        for (int d = 0; d < 8; ++d)
+            for (Bitboard on = Rays[d][a]; on;) {
+                Square b    = pop_lsb(on);
+                table[a][b] = Rays[d][a] ^ Rays[d][b] ^ bit(b);
+            }
+    return table;
+}();
+// The long diagonal; b1 and c3 share no line; f1 lies between e1 and g1.
+static_assert(LineThrough[0][63] == 0x8040201008040201ull &&
+              Between[0][63] == 0x0040201008040200ull);
+static_assert(LineThrough[1][18] == 0 && Between[4][6] == bit(5));
+
 namespace {
 
 // Pieces of either colour that would attack square k over the given occupancy, the pawns being
@@ -116,4 +142,56 @@ Bitboard move_left_king_in_check() {
     Square k = lsb(king);
     Bitboard pawn_squares = ((bit(k) >> 7) & NotAFile) | ((bit(k) >> 9) & NotHFile);
     return attackers(p, k, occupied(p), pawn_squares) & p.ownPieces;
+}
+
+KingSafety king_safety() {
+    const Position& p  = *CurrentPosition;
+    const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own;
+    const Bitboard king = own & kings(p);
+    if (!king || (king & (king - 1))) return {0, 0, 0, -1};
+    const Square k = lsb(king);
+
+    KingSafety ks{attackers(p, k, occ, opponent_pawn_squares(k)) & opp, 0, ~Bitboard(0), k};
+    if (ks.checkers) {
+        const Bitboard others = ks.checkers & (ks.checkers - 1);
+        ks.evasions           = others ? 0 : ks.checkers | Between[k][lsb(ks.checkers)];
+    }
+    // An opponent slider that would reach the king over an empty board pins the one own
+    // piece standing between them.
+    Bitboard snipers =
+        ((rook_lookup(k, 0) & straight_sliders(p)) | (bishop_lookup(k, 0) & diagonal_sliders(p))) &
+        opp;
+    while (snipers) {
+        const Bitboard blockers = Between[k][pop_lsb(snipers)] & occ;
+        if (blockers && !(blockers & (blockers - 1))) ks.pinned |= blockers & own;
+    }
+    return ks;
+}
+
+bool king_step_is_legal(const KingSafety& ks, Square sq) {
+    const Position& p  = *CurrentPosition;
+    const Bitboard occ = occupied(p) ^ bit(ks.king), opp = opponent_pieces(p) & ~bit(sq);
+    return !(attackers(p, sq, occ, opponent_pawn_squares(sq)) & opp);
+}
+
+// The position after m, as far as the mover's king cares: the occupancy with the mover's piece
+// moved (and for castling the rook, for en passant the pawn taken), the opponent's pieces less
+// the one taken, and the mover's king. make_move's legality test looks at the lowest king of
+// the board turned to the opponent, which is the one on the highest rank here.
+bool move_is_legal(Move m) {
+    const Position& p         = *CurrentPosition;
+    const std::uint32_t flags = move_flags(m);
+    const Bitboard F = bit(move_from(m)), T = bit(move_to(m));
+    Bitboard occ = (occupied(p) ^ F) | T, opp = opponent_pieces(p) & ~T;
+    Bitboard king = p.ownPieces & kings(p);
+    if ((flags & 7) == King) king ^= F | T;
+    if (flags == EnPassant) {
+        occ ^= T >> 8;
+        opp ^= T >> 8;
+    }
+    if (flags == CastleKingSide) occ ^= bit(5) | bit(7);  // the rook from h1 to f1
+    if (flags == CastleQueenSide) occ ^= bit(0) | bit(3); // the rook from a1 to d1
+    if (!king) return true;
+    const Square k = lsb(mirror(king)) ^ 56;
+    return !(attackers(p, k, occ, opponent_pawn_squares(k)) & opp);
 }

@@ -88,7 +88,7 @@ constexpr Bitboard bit(Square sq) { return Bitboard(1) << sq; }
 constexpr Square lsb(Bitboard bb) { return std::countr_zero(bb); }
 constexpr Square msb(Bitboard bb) { return 63 - std::countl_zero(bb); }
 // Removes and returns the lowest square of a non-empty set.
-inline Square pop_lsb(Bitboard& bb) {
+constexpr Square pop_lsb(Bitboard& bb) {
     Square sq = lsb(bb);
     bb &= bb - 1;
     return sq;
@@ -125,7 +125,10 @@ constexpr int piece_type_at(const Position& p, Square sq) {
 // Position stack.
 void new_game();
 void flip_position();
-void take_back();                 // steps CurrentPosition back one record (never below record 0)
+// Steps CurrentPosition back one record (never below record 0).
+inline void take_back() {
+    if (CurrentPosition > &PositionStack[0]) --CurrentPosition;
+}
 void count_repetitions();
 int stack_index();                // index of CurrentPosition in PositionStack
 void make_room_for_game_move();   // drops the oldest game records when the game nears the search reserve
@@ -211,8 +214,45 @@ inline Bitboard bishop_attacks(Square sq, Bitboard occupancy) {
     return (occupancy & bit(sq)) ? bishop_lookup(sq, occupancy) : 0;
 }
 
+// LineThrough[a][b]: the whole line (rank, file or diagonal) through two squares that share
+// one, else empty. Between[a][b]: the squares strictly between them on that line, else empty.
+extern const std::array<std::array<Bitboard, 64>, 64> LineThrough;
+extern const std::array<std::array<Bitboard, 64>, 64> Between;
+
 Bitboard in_check();
 Bitboard move_left_king_in_check();
+
+// Legality without making the move. What the side to move's king needs to know once per
+// position; king is -1 when the side does not have exactly one king, and every test then
+// takes the general route.
+struct KingSafety {
+    Bitboard checkers; // opponent pieces attacking the king
+    Bitboard pinned;   // own pieces that alone stand between the king and an opponent slider
+    Bitboard evasions; // where another piece's move must land: anywhere, on the checker or
+                       // between it and the king, or nowhere under a double check
+    Square king;
+};
+KingSafety king_safety();
+// Whether the king on ks.king (not -1) may step to sq, empty or holding an opponent piece: sq
+// is not attacked once the king has left its square and the piece on sq is gone.
+bool king_step_is_legal(const KingSafety& ks, Square sq);
+// Whether make_move(m) would be followed by an empty move_left_king_in_check, for a
+// pseudo-legal m of the current position, found from the position after the move without
+// making it.
+bool move_is_legal(Move m);
+// The same answer from the king's safety: a piece other than the king keeps its king safe when
+// it lands where a check needs it and, if pinned, stays on its pin line; a king step is safe
+// when its square is. Castling and en passant, which move or take a second piece, take the
+// general route.
+inline bool move_is_legal(Move m, const KingSafety& ks) {
+    const std::uint32_t flags = move_flags(m);
+    const Square from = move_from(m), to = move_to(m);
+    if (ks.king < 0 || flags == EnPassant || flags == CastleKingSide || flags == CastleQueenSide)
+        return move_is_legal(m);
+    if ((flags & 7) == King) return king_step_is_legal(ks, to);
+    if (!(ks.evasions & bit(to))) return false;
+    return !(ks.pinned & bit(from)) || (LineThrough[ks.king][from] & bit(to));
+}
 
 // Making moves.
 void make_move(Move m);

@@ -24,10 +24,6 @@ void flip_position() {
     p.blackToMove = 1 - p.blackToMove;
 }
 
-void take_back() {
-    if (CurrentPosition > &PositionStack[0]) --CurrentPosition;
-}
-
 int stack_index() { return int(CurrentPosition - &PositionStack[0]); }
 
 // The records 2, 4, 6, ... below have the same side to move; the search stops at the last

@@ -183,3 +183,111 @@ void generate_quiet_moves(QuietList& list) {
             add(list, make_move_word(PawnPush, from, from + 16));
     }
 }
+
+namespace {
+
+// Whether the lists of this position might reach their room, judged from the most moves each
+// kind of piece can have: queens 27 quiet moves or 8 captures (one a line), rooks 14 or 4,
+// bishops 13 or 4, knights and the king 8, pawns 2 pushes, or 2 captures, or 12 promotion
+// entries from the seventh rank; two castlings, two en-passant captures.
+bool might_fill_lists(const Position& p) {
+    const Bitboard own = p.ownPieces;
+    const int q = std::popcount(own & queens(p)), r = std::popcount(own & rooks(p));
+    const int b = std::popcount(own & bishops(p)), n = std::popcount(own & knights(p));
+    const int pawn = std::popcount(own & pawns(p)), seventh = std::popcount(own & pawns(p) & Rank7);
+    const int captures = 8 * q + 4 * (r + b) + 8 * n + 8 + 2 * pawn + 10 * seventh + 2;
+    const int quiets   = 27 * q + 14 * r + 13 * b + 8 * n + 8 + 2 * pawn + 2;
+    return captures > MoveListSize || quiets > QuietListSize;
+}
+
+// Pushes and captures of the pawns on P that land on target. Those reaching the last rank are
+// the tactical list's promotions, four entries each; the others are its pawn captures and the
+// quiet list's pushes.
+int pawn_move_count(Bitboard P, Bitboard empty, Bitboard opp, Bitboard target) {
+    const Bitboard single = (P << 8) & empty;
+    const Bitboard twice  = ((single & (Rank2 << 8)) << 8) & empty & target;
+    const Bitboard push = single & target, right = (P << 9) & NotAFile & opp & target,
+                   left = (P << 7) & NotHFile & opp & target;
+    return std::popcount(push & ~Rank8) + std::popcount(twice) + std::popcount(right & ~Rank8) +
+           std::popcount(left & ~Rank8) +
+           4 * (std::popcount(push & Rank8) + std::popcount(right & Rank8) +
+                std::popcount(left & Rank8));
+}
+
+// The slow way, for positions whose lists could fill up or whose side lacks a single king:
+// every generated move made and tested.
+int count_by_trying() {
+    MoveList captures;
+    QuietList quiets;
+    generate_captures(captures);
+    generate_quiet_moves(quiets);
+    int n = 0;
+    for (std::uint32_t i = 0; i < captures.count; ++i) {
+        make_move(captures.entries[i].move);
+        n += !move_left_king_in_check();
+        take_back();
+    }
+    for (std::uint32_t i = 0; i < quiets.count; ++i) {
+        make_move(quiets.moves[i]);
+        n += !move_left_king_in_check();
+        take_back();
+    }
+    return n;
+}
+
+} // namespace
+
+// The number of moves of both lists that pass the legality test, counted from target sets
+// without making them: pieces other than the king land only where a check allows and stay on
+// their pin line; the king's targets, castling and en passant are tested one by one.
+int count_legal_moves() {
+    const Position& p   = *CurrentPosition;
+    const KingSafety ks = king_safety();
+    if (ks.king < 0 || might_fill_lists(p)) return count_by_trying();
+    const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own, empty = ~occ;
+    const Bitboard own_pawns = own & pawns(p);
+    const Square k           = ks.king;
+    int n                    = 0;
+
+    // The king steps and captures, each target attacked or not once the king has left k.
+    for (Bitboard t = KingAttacks[k] & ~own; t;) n += king_step_is_legal(ks, pop_lsb(t));
+    if (p.castling & 0x03) {
+        n += can_castle_queen_side(p) && move_is_legal(QueenSideCastle);
+        n += can_castle_king_side(p) && move_is_legal(KingSideCastle);
+    }
+    // En passant takes a second piece off the board: tested as a whole.
+    if (p.epFile != 8) {
+        Square to = 40 + p.epFile;
+        if (!(occ & bit(to)) && (opp & pawns(p) & bit(to - 8))) {
+            if (p.epFile != 0 && (own_pawns & bit(to - 9)))
+                n += move_is_legal(make_move_word(EnPassant, to - 9, to));
+            if (p.epFile != 7 && (own_pawns & bit(to - 7)))
+                n += move_is_legal(make_move_word(EnPassant, to - 7, to));
+        }
+    }
+    if (!ks.evasions) return n;
+
+    // A pinned knight can never stay on its line; pinned sliders and pawns keep to it.
+    const Bitboard target = ks.evasions & ~own;
+    for (Bitboard b = own & knights(p) & ~ks.pinned; b;)
+        n += std::popcount(KnightAttacks[pop_lsb(b)] & target);
+    for (Bitboard b = own & diagonal_sliders(p); b;) {
+        Square from = pop_lsb(b);
+        Bitboard t  = bishop_lookup(from, occ) & target;
+        if (ks.pinned & bit(from)) t &= LineThrough[k][from];
+        n += std::popcount(t);
+    }
+    for (Bitboard b = own & straight_sliders(p); b;) {
+        Square from = pop_lsb(b);
+        Bitboard t  = rook_lookup(from, occ) & target;
+        if (ks.pinned & bit(from)) t &= LineThrough[k][from];
+        n += std::popcount(t);
+    }
+    n += pawn_move_count(own_pawns & ~ks.pinned, empty, opp, target);
+    for (Bitboard b = own_pawns & ks.pinned; b;) {
+        Square from = pop_lsb(b);
+        n += pawn_move_count(bit(from), empty, opp, target & LineThrough[k][from]);
+    }
+
+    return n;
+}

@@ -9,6 +9,8 @@
 // Both stop adding when their list is full, which only contrived FEN positions can reach.
 void generate_captures(MoveList& list);
 void generate_quiet_moves(QuietList& list);
+// How many moves of the two lists pass the legality test, found without making them.
+int count_legal_moves();
 // Whether the side to move may castle now (1 king-side, 0 queen-side), as the quiet list has it.
 bool castling_allowed(int king_side);
 

@@ -14,26 +14,39 @@ const PerftRow PerftSuite[PerftRows] = {
 };
 
 // A position without a legal move counts as one when it is stalemate and as none when it is
-// checkmate, at every depth from 1 on.
+// checkmate, at every depth from 1 on. So does a position whose every legal move is followed by
+// such a zero count: the total alone decides.
+//
+// The last ply is counted without making its moves (count_legal_moves), and above it only the
+// moves that pass the legality test are made: neither changes a count, as a move made only to
+// be found illegal adds nothing.
 std::uint64_t perft(std::uint32_t depth) {
     if (depth == 0) return 1;
     std::uint64_t total = 0;
+    if (depth == 1) {
+        total = std::uint64_t(count_legal_moves());
+    } else {
+        const KingSafety ks = king_safety();
+        MoveList captures;
+        generate_captures(captures);
+        while (captures.count > 0) {
+            const Move m = pick_best_move(captures);
+            if (move_is_legal(m, ks)) {
+                make_move(m);
+                total += perft(depth - 1);
+                take_back();
+            }
+            --captures.count;
+        }
 
-    MoveList captures;
-    generate_captures(captures);
-    while (captures.count > 0) {
-        make_move(pick_best_move(captures));
-        if (!move_left_king_in_check()) total += perft(depth - 1);
-        take_back();
-        --captures.count;
-    }
-
-    QuietList quiets;
-    generate_quiet_moves(quiets);
-    for (int i = int(quiets.count) - 1; i >= 0; --i) {
-        make_move(quiets.moves[i]);
-        if (!move_left_king_in_check()) total += perft(depth - 1);
-        take_back();
+        QuietList quiets;
+        generate_quiet_moves(quiets);
+        for (int i = int(quiets.count) - 1; i >= 0; --i) {
+            if (!move_is_legal(quiets.moves[i], ks)) continue;
+            make_move(quiets.moves[i]);
+            total += perft(depth - 1);
+            take_back();
+        }
     }
 
     if (total != 0) return total;

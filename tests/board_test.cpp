@@ -7,6 +7,7 @@
 
 #include "board/board.h"
 #include "movegen/movegen.h"
+#include "random_positions.h"
 #include "shell/shell.h"
 
 namespace {
@@ -236,6 +237,19 @@ TEST(Attacks, LookupsGiveThePlainRuleForRandomOccupancies) {
     }
 }
 
+TEST(Attacks, LinesAndTheSquaresBetween) {
+    EXPECT_EQ(Between[sq("e1")][sq("e8")], 0x0010101010101000ull);
+    EXPECT_EQ(Between[sq("h8")][sq("a1")], 0x0040201008040200ull);
+    EXPECT_EQ(Between[sq("a8")][sq("h1")], 0x0002040810204000ull);
+    EXPECT_EQ(Between[sq("c4")][sq("f4")], bit(sq("d4")) | bit(sq("e4")));
+    EXPECT_EQ(Between[sq("e1")][sq("f1")], 0u); // neighbours
+    EXPECT_EQ(Between[sq("b1")][sq("c3")], 0u); // a knight's jump is no line
+    EXPECT_EQ(LineThrough[sq("c3")][sq("e5")], 0x8040201008040201ull);
+    EXPECT_EQ(LineThrough[sq("e2")][sq("e7")], 0x1010101010101010ull);
+    EXPECT_EQ(LineThrough[sq("b1")][sq("c3")], 0u);
+    EXPECT_EQ(LineThrough[sq("d4")][sq("d4")], 0u);
+}
+
 TEST(Attacks, KingTests) {
     new_game();
     EXPECT_EQ(in_check(), 0u);
@@ -255,6 +269,67 @@ TEST(Attacks, KingTests) {
     set_up("8/8/8/8/8/8/8/R7 w - - 0 1");
     EXPECT_EQ(in_check(), 0u);
     EXPECT_EQ(move_left_king_in_check(), 0u);
+}
+
+// Legality found without making the move must be what making it and asking the king test says,
+// for every generated move, legal or not, in every kind of position.
+TEST(Legality, AnswersAsMakingTheMoveDoes) {
+    int positions = 0;
+    for_each_random_position(7, 3, 80, [&](const std::string& where) {
+        SCOPED_TRACE(where);
+        const KingSafety ks = king_safety();
+        if (ks.king >= 0) {
+            ASSERT_EQ(ks.checkers, in_check());
+        }
+        Move moves[MaxGameMoves];
+        int count;
+        generate_moves(moves, count);
+        for (int i = 0; i < count; ++i) {
+            make_move(moves[i]);
+            const bool legal = !move_left_king_in_check();
+            take_back();
+            ASSERT_EQ(move_is_legal(moves[i]), legal) << text_of(moves[i]);
+            ASSERT_EQ(move_is_legal(moves[i], ks), legal) << text_of(moves[i]);
+        }
+        ++positions;
+    });
+    EXPECT_GT(positions, 2000);
+}
+
+TEST(Legality, PinsChecksAndEnPassant) {
+    struct Case {
+        const char* fen;
+        const char* move;
+        bool legal;
+    };
+    const Case cases[] = {
+        {"4k3/8/8/8/1b6/8/3P4/4K3 w - - 0 1", "d2d3 ", false},  // pinned pawn
+        {"4k3/8/8/8/1b6/2P5/3B4/4K3 w - - 0 1", "d2e3 ", true}, // two pieces between: no pin
+        {"4k3/8/8/8/1b6/8/3B4/4K3 w - - 0 1", "d2c3 ", true},   // along the pin line
+        {"4k3/8/8/8/1b6/8/3B4/4K3 w - - 0 1", "d2b4 ", true},   // taking the pinner
+        {"4k3/8/8/8/8/5n2/4r3/4K2R w K - 0 1", "h1f1 ", false}, // double check: only the king
+        {"4k3/8/8/8/8/5n2/4r3/4K2R w K - 0 1", "e1e2 ", true},
+        {"4k3/8/8/8/8/8/4r3/4K2R w K - 0 1", "h1h2 ", false}, // check not answered
+        {"8/8/8/KPp4r/8/8/8/6k1 w - c6 0 1", "b5c6 ", false}, // en passant bares the king
+        {"8/8/8/8/k2Pp2Q/8/8/4K3 b - d3 0 1", "e4d3 ", false},
+        {"8/8/8/8/8/8/7k/R3K2R w KQ - 0 1", "e1g1 ", false}, // castling next to a king
+        {"8/8/8/8/8/8/7k/R3K2R w KQ - 0 1", "e1c1 ", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + " " + c.move);
+        set_up(c.fen);
+        Move moves[MaxGameMoves];
+        int count;
+        generate_moves(moves, count);
+        int found = 0;
+        for (int i = 0; i < count; ++i)
+            if (text_of(moves[i]) == c.move) {
+                ++found;
+                EXPECT_EQ(move_is_legal(moves[i]), c.legal);
+                EXPECT_EQ(move_is_legal(moves[i], king_safety()), c.legal);
+            }
+        EXPECT_EQ(found, 1);
+    }
 }
 
 TEST(MakeMove, DoublePushRecord) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "movegen/movegen.h"
+#include "random_positions.h"
 
 namespace {
 
@@ -53,6 +54,19 @@ std::vector<std::pair<std::string, std::uint64_t>> divide(std::uint32_t depth) {
         take_back();
     }
     return out;
+}
+
+// Perft as the count is defined: every generated move made, tested and taken back.
+std::uint64_t perft_by_making(std::uint32_t depth) {
+    if (depth == 0) return 1;
+    std::uint64_t total = 0;
+    for (Move m : legal_moves_by_making()) {
+        make_move(m);
+        total += perft_by_making(depth - 1);
+        take_back();
+    }
+    if (total != 0) return total;
+    return in_check() ? 0 : 1;
 }
 
 const char* const Kiwipete = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
@@ -233,5 +247,26 @@ TEST(Generators, ContrivedPositionsNeverOverfillTheLists) {
         generate_moves(all, count);
         EXPECT_EQ(std::uint32_t(count), c.captures + c.quiets);
         perft(2);
+    }
+}
+
+// The count taken without making moves must agree with making every move, wherever random
+// play leads.
+TEST(Counting, AgreesWithMakingEveryMove) {
+    int positions = 0;
+    for_each_random_position(11, 3, 80, [&](const std::string& where) {
+        SCOPED_TRACE(where);
+        ASSERT_EQ(count_legal_moves(), int(legal_moves_by_making().size()));
+        ++positions;
+    });
+    EXPECT_GT(positions, 2000);
+}
+
+TEST(Perft, CountingTheLastPlyEqualsMakingEveryMove) {
+    for (const char* fen : AwkwardStarts) {
+        SCOPED_TRACE(fen);
+        set_up(fen);
+        const std::uint32_t depth = std::string(fen).find("QpQp") == 0 ? 2 : 3;
+        EXPECT_EQ(perft(depth), perft_by_making(depth));
     }
 }
