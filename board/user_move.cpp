@@ -131,14 +131,13 @@ void generate_moves(Move* moves, int& count) {
     for (int i = int(quiets.count) - 1; i >= 0; --i) moves[count++] = quiets.moves[i];
 }
 
-// Appends the legal tactical moves, in the reverse of the generator's order.
+// Appends the legal tactical moves, in the reverse of the generator's order. Every move tried
+// counts as a node, as if it had been made and taken back.
 void legal_captures(MoveList& list) {
     MoveList all;
-    clear_move_list(all);
     generate_captures(all);
-    for (int i = int(all.count) - 1; i >= 0; --i) {
-        make_move(all.entries[i].move);
-        if (!move_left_king_in_check()) list.entries[list.count++] = all.entries[i];
-        take_back();
-    }
+    const KingSafety ks = king_safety();
+    IterationNodeCount += all.count;
+    for (int i = int(all.count) - 1; i >= 0; --i)
+        if (move_is_legal(all.entries[i].move, ks)) list.entries[list.count++] = all.entries[i];
 }

@@ -74,22 +74,25 @@ bool can_castle_queen_side(const Position& p) {
            !attacked_without_king(p, E1);
 }
 
-} // namespace
+// Where the pieces that can land on the target squares stand: anywhere for the whole list, the
+// squares from which each kind attacks the one target square for a list onto one square.
+struct Sources {
+    Bitboard knights, diagonal, straight;
+};
+constexpr Sources Anywhere = {~Bitboard(0), ~Bitboard(0), ~Bitboard(0)};
 
-bool castling_allowed(int king_side) {
-    return king_side ? can_castle_king_side(*CurrentPosition)
-                     : can_castle_queen_side(*CurrentPosition);
-}
-
-void generate_captures(MoveList& list) {
-    const Position& p = *CurrentPosition;
-    list.count        = 0;
+// The tactical list, or the part of it that lands on the squares of onto, in the same order;
+// pieces standing outside their sources have no moves there.
+[[gnu::always_inline]] inline void tactical_moves(MoveList& list, const Position& p, Bitboard onto,
+                                                  const Sources& from_sets) {
+    list.count         = 0;
     const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own;
+    const Bitboard victims   = opp & onto;
     const Bitboard own_pawns = own & pawns(p);
 
     // 1. En passant, when the double-pushed pawn is really there and the square behind it is
     // empty (a FEN's en-passant square is not otherwise checked against the board).
-    if (p.epFile != 8) {
+    if (p.epFile != 8 && (onto & bit(40 + p.epFile))) {
         Square target = 40 + p.epFile;
         if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8))) {
             if (p.epFile != 0 && (own_pawns & bit(target - 9)))
@@ -101,43 +104,62 @@ void generate_captures(MoveList& list) {
 
     // 2. Promotions: captures up-right, captures up-left, pushes.
     if (Bitboard seventh = own_pawns & Rank7) {
-        add_promotions(list, PromotionCapture, 9, (seventh << 9) & NotAFile & opp);
-        add_promotions(list, PromotionCapture, 7, (seventh << 7) & NotHFile & opp);
-        add_promotions(list, Promotion, 8, (seventh << 8) & ~occ);
+        add_promotions(list, PromotionCapture, 9, (seventh << 9) & NotAFile & victims);
+        add_promotions(list, PromotionCapture, 7, (seventh << 7) & NotHFile & victims);
+        add_promotions(list, Promotion, 8, (seventh << 8) & ~occ & onto);
     }
 
     // 3-4. Pawn captures that do not promote.
-    for (Bitboard t = (own_pawns << 9) & NotAFile & ~Rank8 & opp; t;) {
+    for (Bitboard t = (own_pawns << 9) & NotAFile & ~Rank8 & victims; t;) {
         Square to = pop_lsb(t);
         add(list, make_move_word(PawnCapture, to - 9, to), capture_score(p, to, Pawn));
     }
-    for (Bitboard t = (own_pawns << 7) & NotHFile & ~Rank8 & opp; t;) {
+    for (Bitboard t = (own_pawns << 7) & NotHFile & ~Rank8 & victims; t;) {
         Square to = pop_lsb(t);
         add(list, make_move_word(PawnCapture, to - 7, to), capture_score(p, to, Pawn));
     }
 
     // 5-9. Pieces, each kind by ascending square; the king last.
-    for (Bitboard b = own & knights(p); b;) {
+    for (Bitboard b = own & knights(p) & from_sets.knights; b;) {
         Square from = pop_lsb(b);
-        add_captures(list, p, Knight, from, KnightAttacks[from] & opp);
+        add_captures(list, p, Knight, from, KnightAttacks[from] & victims);
     }
-    for (Bitboard b = own & bishops(p); b;) {
+    for (Bitboard b = own & bishops(p) & from_sets.diagonal; b;) {
         Square from = pop_lsb(b);
-        add_captures(list, p, Bishop, from, bishop_lookup(from, occ) & opp);
+        add_captures(list, p, Bishop, from, bishop_lookup(from, occ) & victims);
     }
-    for (Bitboard b = own & rooks(p); b;) {
+    for (Bitboard b = own & rooks(p) & from_sets.straight; b;) {
         Square from = pop_lsb(b);
-        add_captures(list, p, Rook, from, rook_lookup(from, occ) & opp);
+        add_captures(list, p, Rook, from, rook_lookup(from, occ) & victims);
     }
-    for (Bitboard b = own & queens(p); b;) {
+    for (Bitboard b = own & queens(p) & (from_sets.diagonal | from_sets.straight); b;) {
         Square from = pop_lsb(b);
         add_captures(list, p, Queen, from,
-                     (rook_lookup(from, occ) | bishop_lookup(from, occ)) & opp);
+                     (rook_lookup(from, occ) | bishop_lookup(from, occ)) & victims);
     }
     if (Bitboard king = own & kings(p)) {
         Square from = lsb(king);
-        add_captures(list, p, King, from, KingAttacks[from] & opp);
+        add_captures(list, p, King, from, KingAttacks[from] & victims);
     }
+}
+
+} // namespace
+
+bool castling_allowed(int king_side) {
+    return king_side ? can_castle_king_side(*CurrentPosition)
+                     : can_castle_queen_side(*CurrentPosition);
+}
+
+void generate_captures(MoveList& list) {
+    tactical_moves(list, *CurrentPosition, ~Bitboard(0), Anywhere);
+}
+
+// Attacks are symmetric: a piece on a attacks b exactly when the same piece on b attacks a.
+void generate_captures_onto(MoveList& list, Square sq) {
+    const Position& p  = *CurrentPosition;
+    const Bitboard occ = occupied(p);
+    tactical_moves(list, p, bit(sq),
+                   {KnightAttacks[sq], bishop_lookup(sq, occ), rook_lookup(sq, occ)});
 }
 
 void generate_quiet_moves(QuietList& list) {
@@ -182,6 +204,33 @@ void generate_quiet_moves(QuietList& list) {
         if ((bit(from) & Rank2) && (empty & bit(from + 16)))
             add(list, make_move_word(PawnPush, from, from + 16));
     }
+}
+
+// The length generate_captures would give with unlimited room: the same target sets, counted
+// instead of listed.
+std::uint32_t count_tactical_moves() {
+    const Position& p  = *CurrentPosition;
+    const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own;
+    const Bitboard own_pawns = own & pawns(p);
+    int n                    = 0;
+    if (p.epFile != 8) {
+        Square target = 40 + p.epFile;
+        if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8)))
+            n += (p.epFile != 0 && (own_pawns & bit(target - 9))) +
+                 (p.epFile != 7 && (own_pawns & bit(target - 7)));
+    }
+    const Bitboard right = (own_pawns << 9) & NotAFile & opp,
+                   left  = (own_pawns << 7) & NotHFile & opp;
+    const Bitboard push  = ((own_pawns & Rank7) << 8) & ~occ;
+    n += std::popcount(right & ~Rank8) + std::popcount(left & ~Rank8) +
+         4 * (std::popcount(right & Rank8) + std::popcount(left & Rank8) + std::popcount(push));
+    for (Bitboard b = own & knights(p); b;) n += std::popcount(KnightAttacks[pop_lsb(b)] & opp);
+    for (Bitboard b = own & diagonal_sliders(p); b;)
+        n += std::popcount(bishop_lookup(pop_lsb(b), occ) & opp);
+    for (Bitboard b = own & straight_sliders(p); b;)
+        n += std::popcount(rook_lookup(pop_lsb(b), occ) & opp);
+    if (Bitboard king = own & kings(p)) n += std::popcount(KingAttacks[lsb(king)] & opp);
+    return std::uint32_t(n);
 }
 
 namespace {

@@ -9,6 +9,10 @@
 // Both stop adding when their list is full, which only contrived FEN positions can reach.
 void generate_captures(MoveList& list);
 void generate_quiet_moves(QuietList& list);
+// The tactical moves landing on sq, in the order and with the scores of generate_captures.
+void generate_captures_onto(MoveList& list, Square sq);
+// How many entries generate_captures would give if its list had unlimited room.
+std::uint32_t count_tactical_moves();
 // How many moves of the two lists pass the legality test, found without making them.
 int count_legal_moves();
 // Whether the side to move may castle now (1 king-side, 0 queen-side), as the quiet list has it.

@@ -59,6 +59,9 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
 
     PrincipalVariation child;
     bool no_legal_move = true;
+    // A move that would leave the king attacked is not made, but it counts as a node all the
+    // same, as if made, found illegal and taken back.
+    const KingSafety ks = king_safety();
 
     // Step 3. Tactical moves, the best generator score first. A capture that fails high
     // teaches the ordering tables nothing.
@@ -66,10 +69,10 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
     generate_captures(captures);
     while (captures.count > 0) {
         Move m = pick_best_move(captures);
-        make_move(m);
-        if (move_left_king_in_check()) {
-            take_back();
+        if (!move_is_legal(m, ks)) {
+            ++IterationNodeCount;
         } else {
+            make_move(m);
             int score = -search(depth - 1, -beta, -alpha, child, mate_score - 1);
             take_back();
             if (score >= beta) return beta;
@@ -92,10 +95,10 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
             if (!killer_to_end(quiets, depth)) history_to_end(quiets);
             Move m                          = quiets.moves[quiets.count - 1];
             quiets.moves[quiets.count - 1] = 0;
-            make_move(m);
-            if (move_left_king_in_check()) {
-                take_back();
+            if (!move_is_legal(m, ks)) {
+                ++IterationNodeCount;
             } else {
+                make_move(m);
                 int score = -search(depth - 1, -beta, -alpha, child, mate_score - 1);
                 take_back();
                 if (score >= beta) {
@@ -133,17 +136,14 @@ int quiesce(int alpha, int beta, int mate_score) {
     MoveList good;
     good.count = 0;
     legal_good_captures(good);
+    // The list holds only legal moves, so none needs the legality test.
     while (good.count > 0) {
         Move m = pick_best_move(good);
         make_move(m);
-        if (move_left_king_in_check()) {
-            take_back();
-        } else {
-            int score = -quiesce(-beta, -best, mate_score - 1);
-            take_back();
-            if (score >= beta) return beta;
-            if (score > best) best = score;
-        }
+        int score = -quiesce(-beta, -best, mate_score - 1);
+        take_back();
+        if (score >= beta) return beta;
+        if (score > best) best = score;
         if (SearchStopped == 1) return best;
         --good.count;
     }

@@ -250,13 +250,30 @@ TEST(Generators, ContrivedPositionsNeverOverfillTheLists) {
     }
 }
 
-// The count taken without making moves must agree with making every move, wherever random
-// play leads.
-TEST(Counting, AgreesWithMakingEveryMove) {
+// The counts taken without making moves, and the list onto one square, must agree with the full
+// lists and with making every move, wherever random play leads.
+TEST(Counting, AgreesWithTheListsAndWithMakingEveryMove) {
     int positions = 0;
     for_each_random_position(11, 3, 80, [&](const std::string& where) {
         SCOPED_TRACE(where);
         ASSERT_EQ(count_legal_moves(), int(legal_moves_by_making().size()));
+        // A full list may have dropped moves, which neither the count nor a list onto one
+        // square would drop.
+        MoveList all;
+        generate_captures(all);
+        if (all.count == MoveListSize) return;
+        ASSERT_EQ(count_tactical_moves(), all.count);
+        for (Square s = 0; s < 64; ++s) {
+            MoveList onto;
+            generate_captures_onto(onto, s);
+            std::vector<std::pair<Move, int>> expected, got;
+            for (std::uint32_t i = 0; i < all.count; ++i)
+                if (move_to(all.entries[i].move) == s)
+                    expected.push_back({all.entries[i].move, all.entries[i].score});
+            for (std::uint32_t i = 0; i < onto.count; ++i)
+                got.push_back({onto.entries[i].move, onto.entries[i].score});
+            ASSERT_EQ(got, expected) << "onto square " << s;
+        }
         ++positions;
     });
     EXPECT_GT(positions, 2000);

@@ -7,6 +7,7 @@
 
 #include "board/board.h"
 #include "movegen/movegen.h"
+#include "random_positions.h"
 #include "search/search.h"
 
 namespace {
@@ -57,6 +58,44 @@ std::vector<std::pair<std::string, int>> entries_of(const MoveList& list) {
     for (std::uint32_t i = 0; i < list.count; ++i)
         result.emplace_back(text_of(list.entries[i].move), list.entries[i].score);
     return result;
+}
+
+// The exchange as it is defined: every tactical move of every step made on the stack to test
+// its legality, every capture of the exchange made to play it out.
+void legal_captures_by_making(MoveList& list) {
+    MoveList all;
+    generate_captures(all);
+    for (std::uint32_t i = all.count; i-- > 0;) {
+        make_move(all.entries[i].move);
+        if (!move_left_king_in_check()) list.entries[list.count++] = all.entries[i];
+        take_back();
+    }
+}
+
+int see_square_by_making(Square sq);
+
+int see_by_making(Move m, int gain) {
+    make_move(m);
+    const int result = move_left_king_in_check() ? 0 : gain - see_square_by_making(move_to(m));
+    take_back();
+    return result;
+}
+
+int value_at(Square sq) {
+    constexpr int values[7] = {0, 100, 300, 300, 500, 950, 10000};
+    return values[piece_type_at(*CurrentPosition, sq)];
+}
+
+int see_square_by_making(Square sq) {
+    MoveList legal{};
+    legal_captures_by_making(legal);
+    const MoveEntry* best = nullptr;
+    for (std::uint32_t i = legal.count; i-- > 0;)
+        if ((move_to(legal.entries[i].move) ^ 56) == sq &&
+            (!best || legal.entries[i].score > best->score))
+            best = &legal.entries[i];
+    if (!best || best->score == 0) return 0;
+    return see_by_making(best->move, value_at(move_to(best->move)));
 }
 
 struct SeeCase {
@@ -192,3 +231,40 @@ TEST_F(SeeTest, ConsoleSeeCommandPosition) {
 }
 
 } // namespace
+
+// The exchanges count their trials without making them, but every count, value and list must
+// be what making them all gives.
+TEST_F(SeeTest, CountsValuesAndListsAsIfEveryTrialWereMade) {
+    int exchanges = 0;
+    for_each_random_position(5, 4, 80, [&](const std::string& where) {
+        SCOPED_TRACE(where);
+        MoveList all;
+        generate_captures(all);
+        for (std::uint32_t i = 0; i < all.count; ++i) {
+            const Move m                   = all.entries[i].move;
+            IterationNodeCount             = 0;
+            const int slow                 = see_by_making(m, value_at(move_to(m)));
+            const std::uint32_t slow_nodes = IterationNodeCount;
+            IterationNodeCount             = 0;
+            ASSERT_EQ(see(m), slow) << text_of(m);
+            ASSERT_EQ(IterationNodeCount, slow_nodes) << text_of(m);
+            ++exchanges;
+        }
+
+        MoveList legal{}, expected{};
+        IterationNodeCount = 0;
+        legal_captures_by_making(legal);
+        for (std::uint32_t i = legal.count; i-- > 0;) {
+            const Move m    = legal.entries[i].move;
+            const int value = see_by_making(m, value_at(move_to(m)));
+            if (value >= 0) expected.entries[expected.count++] = {m, value};
+        }
+        const std::uint32_t slow_nodes = IterationNodeCount;
+        MoveList good{};
+        IterationNodeCount = 0;
+        legal_good_captures(good);
+        ASSERT_EQ(IterationNodeCount, slow_nodes);
+        ASSERT_EQ(entries_of(good), entries_of(expected));
+    });
+    EXPECT_GT(exchanges, 10000);
+}
