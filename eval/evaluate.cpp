@@ -128,16 +128,16 @@ int score_side(const Position& p, int n) {
 
 } // namespace
 
-// Scores the side to move, flips the record so the opponent is to move on its own board,
-// scores that side and flips back: the two flips restore the record exactly, and negating the
-// running total before each flip leaves (side to move) - (opponent).
+// (side to move) - (opponent), each side scored on a board seen from its own side: the
+// opponent's view is the record as flip_position would turn it, built here as a copy so the
+// record on the stack is never written.
 int evaluate() {
-    const int n = std::popcount(occupied(*CurrentPosition));
-    int total   = 0;
-    for (int pass = 0; pass < 2; ++pass) {
-        total += score_side(*CurrentPosition, n);
-        flip_position();
-        total = -total;
-    }
-    return total;
+    const Position& p = *CurrentPosition;
+    const int n       = std::popcount(occupied(p));
+    Position them     = p;
+    them.ownPieces    = mirror(opponent_pieces(p));
+    them.typeBit0     = mirror(p.typeBit0);
+    them.typeBit1     = mirror(p.typeBit1);
+    them.typeBit2     = mirror(p.typeBit2);
+    return score_side(p, n) - score_side(them, n);
 }

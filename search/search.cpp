@@ -87,12 +87,17 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
     }
 
     // Step 4. Quiet moves from the end of the list: a killer of this depth first, else the
-    // move the history pass brings to the end.
+    // move the history pass brings to the end. Once the killers are not found they never will
+    // be at this node: the list only loses moves, and the killers of this depth change only
+    // when this node returns (the nodes below it store killers of lower depths), so the scan
+    // is not repeated.
     {
         QuietList quiets;
         generate_quiet_moves(quiets);
+        bool killers_left = true;
         while (quiets.count > 0) {
-            if (!killer_to_end(quiets, depth)) history_to_end(quiets);
+            if (killers_left) killers_left = killer_to_end(quiets, depth);
+            if (!killers_left) history_to_end(quiets);
             Move m                          = quiets.moves[quiets.count - 1];
             quiets.moves[quiets.count - 1] = 0;
             if (!move_is_legal(m, ks)) {
