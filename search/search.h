@@ -2,6 +2,7 @@
 // and thinking output, static exchange evaluation.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "board/board.h"
@@ -28,9 +29,9 @@ std::uint32_t clock_ms();
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score);
 int quiesce(int alpha, int beta, int mate_score);
 
-// Move ordering.
-extern Move KillerMoves[MaxPly + 1][2];
-extern std::int32_t HistoryTable[64][64];
+// Move ordering: two killers per remaining depth (slot 0 unused), a counter per from-to pair.
+extern std::array<std::array<Move, 2>, MaxPly + 1> KillerMoves;
+extern std::array<std::array<std::int32_t, 64>, 64> HistoryTable;
 int killer_to_end(QuietList& list, std::uint32_t depth);
 void history_to_end(QuietList& list);
 void store_killer(std::uint32_t depth, Move m);

@@ -1,0 +1,96 @@
+// Static exchange evaluation: the value of a capture sequence on one square, found by playing
+// the exchange out on the position stack with the cheapest legal recapture at every step.
+#include "search/search.h"
+
+#include <cassert>
+#include <cstdio>
+
+#include "movegen/movegen.h"
+
+namespace {
+
+// Value of the piece standing on a square, of either colour; the king's is larger than any
+// exchange so that taking it outweighs everything else.
+constexpr int SeeValue[7] = {0, 100, 300, 300, 500, 950, 10000};
+
+int value_on(Square sq) { return SeeValue[piece_type_at(*CurrentPosition, sq)]; }
+
+// The first entry with the highest score; with one entry, that entry.
+const MoveEntry& best_entry(const MoveList& list) {
+    std::uint32_t best = 0;
+    for (std::uint32_t i = 1; i < list.count; ++i)
+        if (list.entries[i].score > list.entries[best].score) best = i;
+    return list.entries[best];
+}
+
+// Makes a capture onto sq whose captured piece is worth gain, and returns gain minus what the
+// opponent wins by recapturing on sq; an illegal capture is worth 0.
+// Each step takes one record above CurrentPosition; the search keeps SearchReserve records free
+// above the game for the deepest line and its exchange, so the last record is never current here.
+int play_exchange_step(Move m, int gain) {
+    assert(CurrentPosition < &PositionStack[StackSize - 1]);
+    make_move(m);
+    const int result = move_left_king_in_check() ? 0 : gain - see_square(move_to(m));
+    take_back();
+    return result;
+}
+
+} // namespace
+
+// The value of a move for the side that makes it, counting every forced recapture after it.
+// A move to an empty square (a push promotion, en passant) gains nothing in its first step.
+int see(Move m) { return play_exchange_step(m, value_on(move_to(m))); }
+
+// The value of the exchange the side to move starts by recapturing on sq, which is numbered as
+// the side that just moved sees it; 0 when it has no legal recapture. Recaptures are forced:
+// the result is never raised to 0 when taking back loses material.
+int see_square(Square sq) {
+    const MoveEntry recapture = see_find_recapture(sq);
+    if (recapture.score == 0) return 0;
+    return play_exchange_step(recapture.move, value_on(move_to(recapture.move)));
+}
+
+// The legal capture onto sq (numbered as the side that just moved sees it) with the highest
+// ordering score, the first in generator order on a tie; Move 0 and score 0 when there is none.
+// Among captures of one piece the cheapest capturer scores highest, so it takes back first.
+MoveEntry see_find_recapture(Square sq) {
+    MoveList legal;
+    legal.count = 0;
+    legal_captures(legal);
+
+    // legal_captures lists in reverse generator order; walking it backwards restores that order.
+    MoveList onto;
+    onto.count = 0;
+    for (std::uint32_t i = legal.count; i-- > 0;)
+        if ((move_to(legal.entries[i].move) ^ 56) == sq) onto.entries[onto.count++] = legal.entries[i];
+
+    if (onto.count == 0) return MoveEntry{0, 0};
+    return best_entry(onto);
+}
+
+// The legal tactical moves whose exchange value is 0 or more, in generator order, each scored
+// with that value. The caller's list must be empty and stays so when nothing qualifies.
+void legal_good_captures(MoveList& list) {
+    assert(list.count == 0);
+    MoveList legal;
+    legal.count = 0;
+    legal_captures(legal);
+
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = legal.count; i-- > 0;) {
+        const Move m  = legal.entries[i].move;
+        const int value = see(m);
+        if (value >= 0) list.entries[kept++] = MoveEntry{m, value};
+    }
+    if (kept > 0) list.count = kept;
+}
+
+// Prints the exchange value of the legal tactical move with the highest ordering score. With no
+// such move there is no exchange to start, and the value printed is 0.
+void see_test() {
+    MoveList legal;
+    legal.count = 0;
+    legal_captures(legal);
+    const int value = legal.count > 0 ? see(best_entry(legal).move) : 0;
+    std::printf(" SEE Value: %i\n", value);
+}
