@@ -32,7 +32,7 @@ make_input() {
     }
     BEGIN {
         srand(seed)
-        n = split("new|go|force|undo|b|param|book|post|nopost|.|exit|exit|analyze|help|" \
+        n = split("new|go|new|go|go|force|undo|b|param|book|post|nopost|.|exit|exit|analyze|help|" \
                   "e2e4|e7e5|g1f3|b8c6|a7a8q|e2e4 |sd|sd 3|sd 40|sd5|st|st 1|stop|" \
                   "usermove|usermove |usermove e2e4|usermove e7e5|usermove g1f3|" \
                   "setboard|setboard |setboard 8/8/8/8/8/8/8/8 w - - 0 1|" \
@@ -49,10 +49,10 @@ make_input() {
         else if (m == 7) printf "\ncon\nconsole\n"
         else if (m == 8) print garbage(pick(300))
         else raw(pick(40))
-        lines = 20 + pick(60)
+        lines = 40 + pick(80)
         for (l = 0; l < lines; l++) {
             k = pick(20)
-            if (k < 13) {
+            if (k < 14) {
                 w = words[1 + pick(n)]
                 # "quit" would end the run early most of the time: let it through rarely.
                 if (w == "quit" && pick(4) > 0) w = "b"
