@@ -16,7 +16,7 @@ char OpponentName[100];
 namespace {
 
 constexpr int DepthLimit   = 32;
-constexpr int DepthIgnored = 9999; // "sd 9999" is sent by interfaces that mean "no limit"
+constexpr int DepthIgnored = 9999; // "sd 9999" stands for no limit: passed over without a word
 
 void announce_features() {
     std::printf("feature ");
@@ -119,11 +119,11 @@ int set_level(const char* text) {
 }
 
 // "time N" and "otim N": a clock in hundredths, as the interface sends it.
-int set_clock(const char* text, std::int32_t& clock, const char* echo) {
+int set_clock(const char* text, std::int32_t& clock, const char* label) {
     std::int32_t n = 0;
     if (!read_int(text, n)) return 0;
     clock = n;
-    std::printf(echo, n);
+    std::printf("#DEBUG %s:%d\n", label, n);
     return 1;
 }
 
@@ -204,13 +204,11 @@ Then dispatch(const char* line) {
     }
     if (std::strncmp(line, "time", 4) == 0) {
         arg = argument_at(line, 5);
-        return arg != nullptr && set_clock(arg, engineTime, "#DEBUG time:%d\n") ? EngineTurn
-                                                                                : Unknown;
+        return arg != nullptr && set_clock(arg, engineTime, "time") ? EngineTurn : Unknown;
     }
     if (std::strncmp(line, "otim", 4) == 0) {
         arg = argument_at(line, 5);
-        return arg != nullptr && set_clock(arg, opponentTime, "#DEBUG otim:%d\n") ? EngineTurn
-                                                                                  : Unknown;
+        return arg != nullptr && set_clock(arg, opponentTime, "otim") ? EngineTurn : Unknown;
     }
     if (std::strncmp(line, "ping", 4) == 0) {
         std::printf("pong%s\n", line + 4); // "ping" alone is answered with "pong"
