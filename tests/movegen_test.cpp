@@ -204,3 +204,34 @@ TEST(Perft, DivideOfTheMiddlegame) {
     }
     EXPECT_EQ(total, 2039u);
 }
+
+TEST(Generators, ContrivedPositionsNeverOverfillTheLists) {
+    // A checkerboard of queens and pawns has well over a hundred captures; the tactical list
+    // stops at its room. A ring of queens has the most quiet moves found by a search over such
+    // placements, 277, still within the quiet list's 300.
+    struct Case {
+        const char* fen;
+        std::uint32_t captures, quiets;
+    };
+    const Case cases[] = {
+        {"QpQpQpQk/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpK w - - 0 1",
+         MoveListSize, 0},
+        {"QQQQQQQk/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/KQQQQQQB w - - 0 1", 2, 277},
+        {"rnbqkbnr/PPPPPPPP/8/8/8/8/8/4K3 w - - 0 1", 56, 5},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.fen);
+        set_up(c.fen);
+        MoveList captures;
+        QuietList quiets;
+        generate_captures(captures);
+        generate_quiet_moves(quiets);
+        EXPECT_EQ(captures.count, c.captures);
+        EXPECT_EQ(quiets.count, c.quiets);
+        Move all[MaxGameMoves];
+        int count;
+        generate_moves(all, count);
+        EXPECT_EQ(std::uint32_t(count), c.captures + c.quiets);
+        perft(2);
+    }
+}

@@ -1,17 +1,32 @@
-// The full perft suite: every row to its benchmark depth.
+// The perft benchmark as the console's "test" runs it: every row's expected and calculated
+// counts, the total, and the report's layout.
 #include <gtest/gtest.h>
+
+#include <cstdio>
+#include <sstream>
+#include <string>
 
 #include "movegen/movegen.h"
 
-TEST(PerftSuite, EveryRowGivesItsExpectedCount) {
-    std::uint64_t total = 0;
+TEST(PerftSuite, TheBenchmarkReportsEveryExpectedCount) {
+    testing::internal::CaptureStdout();
+    run_benchmark();
+    std::string out = testing::internal::GetCapturedStdout();
+    std::string expected = "Running benchmark. . .\n";
     for (const PerftRow& row : PerftSuite) {
-        SCOPED_TRACE(row.fen);
-        new_game();
-        ASSERT_EQ(read_fen(row.fen), 1);
-        std::uint64_t n = perft(row.depth);
-        EXPECT_EQ(n, row.expected);
-        total += n;
+        std::string count = std::to_string(row.expected);
+        expected += ".Expected   value: " + count + "\nCalculated value: " + count + "\n\n";
     }
-    EXPECT_EQ(total, 1361558651u);
+    expected += "\nTotal nodes: 1361558651 \n";
+    ASSERT_EQ(out.substr(0, expected.size()), expected);
+    int rate = 0;
+    double elapsed = 0;
+    EXPECT_EQ(std::sscanf(out.c_str() + expected.size(),
+                          "Raw nodes per second: %d\nTotal elapsed time: %lf\n", &rate, &elapsed),
+              2);
+    EXPECT_GT(rate, 0);
+    EXPECT_EQ(out.back(), '\n');
+    // The board keeps the last position of the suite.
+    new_game();
+    ASSERT_EQ(read_fen(PerftSuite[PerftRows - 1].fen), 1);
 }

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Rebuilds a Polyglot opening book from a PGN file of opening lines.
 #
-#   book/make_book.sh                    book/openings.pgn -> book/book.bin
-#   book/make_book.sh IN.pgn OUT.bin     any source and target
-#   book/make_book.sh --check [IN OUT]   build into a scratch file and compare it with OUT
+#   play/make_book.sh                    play/openings.pgn -> play/book.bin
+#   play/make_book.sh IN.pgn OUT.bin     any source and target
+#   play/make_book.sh --check [IN OUT]   build into a scratch file and compare it with OUT
 #                                        (exit 1 when OUT is missing or out of date)
 #   --min-ply N / --max-ply N            bounds on the length of every line (default 16 / 28)
 #

@@ -1,0 +1,8 @@
+#!/bin/sh
+# Builds the engine (Release) and starts it in play/, beside its default settings and book.
+set -e
+cd "$(dirname "$0")"
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build -j 2 --target quillfern >/dev/null
+cd play
+exec ../build/quillfern

@@ -1,0 +1,151 @@
+// Alpha-beta search and quiescence: fail-hard negamax over the position stack.
+#include <cassert>
+#include <chrono>
+
+#include "eval/eval.h"
+#include "movegen/movegen.h"
+#include "search/search.h"
+#include "shell/shell.h"
+
+PrincipalVariation RootVariation;
+std::uint32_t SearchStartTime = 0;
+std::int32_t SearchStopped    = 0;
+
+std::uint32_t clock_ms() {
+    using namespace std::chrono;
+    auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+    return std::uint32_t(now);
+}
+
+namespace {
+
+// The line through move m: m, then the child's line, keeping the child's true length.
+inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariation& child) {
+    line.moves[0] = m;
+    int stored    = child.length < StoredPvMoves - 1 ? child.length : StoredPvMoves - 1;
+    for (int i = 0; i < stored; ++i) line.moves[i + 1] = child.moves[i];
+    line.length = child.length + 1;
+}
+
+// Sets SearchStopped once the move's time (either limit) has passed; read after every move of
+// every full-width node, so the search unwinds as soon as the time is up.
+inline bool time_to_stop() {
+    if (SearchStopped == 1) return true;
+    std::int32_t elapsed = std::int32_t(clock_ms() - SearchStartTime) / 10;
+    if (elapsed > moveTime || elapsed > allocatedTime) {
+        SearchStopped = 1;
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score) {
+    // Every node starts with an empty line, so one that returns early never hands its parent
+    // the moves of a sibling.
+    line.length       = 0;
+    const Position& p = *CurrentPosition;
+
+    // Step 1. Draws by repetition and by the fifty-move rule, at every depth. At exactly 100
+    // half-moves a side in check plays on, so a mate on that move still counts.
+    if (p.repetitions == 2) return 0;
+    if (p.reversibleCount > 100) return 0;
+    if (p.reversibleCount == 100 && !in_check()) return 0;
+
+    // Step 2. The horizon: only captures worth making are searched further.
+    if (depth == 0) return quiesce(alpha, beta, mate_score);
+    assert(stack_index() < StackSize - 64);
+
+    PrincipalVariation child;
+    bool no_legal_move = true;
+
+    // Step 3. Tactical moves, the best generator score first. A capture that fails high
+    // teaches the ordering tables nothing.
+    MoveList captures;
+    generate_captures(captures);
+    while (captures.count > 0) {
+        Move m = pick_best_move(captures);
+        make_move(m);
+        if (move_left_king_in_check()) {
+            take_back();
+        } else {
+            int score = -search(depth - 1, -beta, -alpha, child, mate_score - 1);
+            take_back();
+            if (score >= beta) return beta;
+            no_legal_move = false;
+            if (score > alpha) {
+                alpha = score;
+                extend_line(line, m, child);
+            }
+        }
+        if (time_to_stop()) goto done;
+        --captures.count;
+    }
+
+    // Step 4. Quiet moves from the end of the list: a killer of this depth first, else the
+    // move the history pass brings to the end.
+    {
+        QuietList quiets;
+        generate_quiet_moves(quiets);
+        while (quiets.count > 0) {
+            if (!killer_to_end(quiets, depth)) history_to_end(quiets);
+            Move m                          = quiets.moves[quiets.count - 1];
+            quiets.moves[quiets.count - 1] = 0;
+            make_move(m);
+            if (move_left_king_in_check()) {
+                take_back();
+            } else {
+                int score = -search(depth - 1, -beta, -alpha, child, mate_score - 1);
+                take_back();
+                if (score >= beta) {
+                    HistoryTable[move_from(m)][move_to(m)] += std::int32_t(depth * depth);
+                    store_killer(depth, m);
+                    return beta;
+                }
+                no_legal_move = false;
+                if (score > alpha) {
+                    alpha = score;
+                    extend_line(line, m, child);
+                }
+            }
+            if (time_to_stop()) goto done;
+            --quiets.count;
+        }
+    }
+
+done:
+    // Step 5. No legal move: mated (the score counts down one per ply from the root) or
+    // stalemate.
+    if (no_legal_move) return in_check() ? -mate_score : 0;
+    return alpha;
+}
+
+int quiesce(int alpha, int beta, int mate_score) {
+    // Step 1. Stand pat: the side to move may decline every capture, so the static score is
+    // a lower bound.
+    int stand = evaluate();
+    if (stand >= beta) return beta;
+    int best = alpha > stand ? alpha : stand;
+
+    // Step 2. Only legal captures and promotions that do not lose material, the best
+    // exchange first. Without them the node neither sees mate nor stalemate.
+    MoveList good;
+    good.count = 0;
+    legal_good_captures(good);
+    while (good.count > 0) {
+        Move m = pick_best_move(good);
+        make_move(m);
+        if (move_left_king_in_check()) {
+            take_back();
+        } else {
+            int score = -quiesce(-beta, -best, mate_score - 1);
+            take_back();
+            if (score >= beta) return beta;
+            if (score > best) best = score;
+        }
+        if (SearchStopped == 1) return best;
+        --good.count;
+    }
+    return best;
+}
