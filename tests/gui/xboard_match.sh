@@ -4,16 +4,19 @@
 # regular result, and quillfern never loses by an illegal move, a crash or its clock, and never
 # says "Error" about a command it should have understood.
 #
-# usage: xboard_match.sh ENGINE WORK_DIR [GAMES]
-# Exits 77 (skipped) when xboard, xvfb-run or an opponent is not installed.
+# usage: xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
+# With a book file the engine opens from it (a random book move each time), else it searches
+# from the first move.
+# Exits 77 (skipped) when xboard, xvfb-run (with xauth) or an opponent is not installed.
 set -u
 ENGINE=$1
 WORK=$2
 GAMES=${3:-2}
+BOOK=${4:-}
 PATH=$PATH:/usr/games
 export LC_ALL=C
 
-for tool in xboard xvfb-run; do
+for tool in xboard xvfb-run xauth; do
     if ! command -v "$tool" > /dev/null; then
         echo "$tool is not installed: skipped"
         exit 77
@@ -35,8 +38,15 @@ rm -rf "$WORK"
 mkdir -p "$WORK/engine" "$WORK/opponent" "$WORK/home"
 WORK=$(cd "$WORK" && pwd)
 ENGINE=$(cd "$(dirname "$ENGINE")" && pwd)/$(basename "$ENGINE")
-# The search runs on the clock alone; no book, and the game log on so that it is exercised.
-printf '[ENGINE]\nMaxDepth=32\n[LOG]\nLogGame=1\n[BOOK]\nBook=0\n' > "$WORK/engine/quillfern.ini"
+# The search runs on the clock alone, and the game log is on so that it is exercised too.
+if [ -n "$BOOK" ] && [ -f "$BOOK" ]; then
+    cp "$BOOK" "$WORK/engine/book.bin"
+    use_book=1
+else
+    use_book=0
+fi
+printf '[ENGINE]\nMaxDepth=32\n[LOG]\nLogGame=1\n[BOOK]\nBook=%d\nBookFile=book.bin\n' "$use_book" \
+    > "$WORK/engine/quillfern.ini"
 
 fail() {
     echo "FAILED: $*"
