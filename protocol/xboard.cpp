@@ -174,9 +174,10 @@ Then dispatch(const char* line) {
         SearchStopped   = 0;
         EngineColor     = 'c';
         SearchStartTime = clock_ms();
+        // The analysis reads the input itself; an end of input stops it, and the next read
+        // here meets the same end and quits.
         analyze(MaxDepth);
-        // The analysis reads the input itself; if it met the end of input, so do we.
-        return QuitRequested == 1 ? Quit : NextLine;
+        return NextLine;
     }
     if (std::strcmp(line, "exit") == 0) {
         std::printf("DEBUG exit\n");

@@ -161,9 +161,9 @@ void console_loop() {
             EngineColor     = 'c';
             PostThinking    = 1;
             SearchStartTime = clock_ms();
+            // The analysis reads the input itself; an end of input stops it, and the next
+            // read here meets the same end and quits.
             analyze(MaxDepth);
-            // The analysis reads the input itself; if it met the end of input, so do we.
-            if (QuitRequested == 1) return;
         } else if (std::strcmp(line, "exit") == 0) {
             EngineColor   = 'c';
             SearchStopped = 1;
