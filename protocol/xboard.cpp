@@ -47,8 +47,9 @@ void engine_turn(char* text) {
     if (GameOver != 0) return;
     if (EngineColor != CurrentPosition->blackToMove) return;
     SearchStartTime = clock_ms();
-    if (Book == 1 && choose_book_move(BookFile, text) == 0) {
-        (void)enter_user_move(text);
+    // A book move that is not legal here (a damaged or foreign book) is never announced: the
+    // engine searches instead.
+    if (Book == 1 && choose_book_move(BookFile, text) == 0 && enter_user_move(text) == 1) {
         std::printf("#DEBUG: %s from opening book\n", text);
         std::printf("move %s\n", text);
         log_printf("move %s\n", text);
