@@ -14,8 +14,8 @@ const PerftRow PerftSuite[PerftRows] = {
 };
 
 // A position without a legal move counts as one when it is stalemate and as none when it is
-// checkmate, at every depth from 1 on. So does a position whose every legal move is followed by
-// such a zero count: the total alone decides.
+// checkmate, at every depth from 1 on. The same rule applies when the counts of the legal moves
+// add up to zero (each ends in checkmate): only the total is looked at.
 //
 // The last ply is counted without making its moves (count_legal_moves), and above it only the
 // moves that pass the legality test are made: neither changes a count, as a move made only to

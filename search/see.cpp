@@ -23,8 +23,8 @@ const MoveEntry& best_entry(const MoveList& list) {
     return list.entries[best];
 }
 
-// Makes a legal capture onto sq whose captured piece is worth gain, and returns gain minus
-// what the opponent wins by recapturing on sq.
+// Makes m, a legal capture whose captured piece is worth gain, and returns gain minus what the
+// opponent wins by recapturing on m's square.
 // Each step takes one record above CurrentPosition; the search keeps SearchReserve records free
 // above the game for the deepest line and its exchange, so the last record is never current here.
 int exchange_after(Move m, int gain) {
@@ -74,8 +74,7 @@ MoveEntry see_find_recapture(Square sq) {
         IterationNodeCount += trials;
         generate_captures_onto(onto, sq ^ 56);
     } else {
-        // legal_captures lists in reverse generator order; walking it backwards restores that
-        // order.
+        // legal_captures lists in reverse order; walking it backwards restores generator order.
         MoveList legal;
         legal.count = 0;
         legal_captures(legal);
