@@ -39,6 +39,10 @@ inline bool time_to_stop() {
     return false;
 }
 
+// Quiescence moves since the clock was last read there.
+std::uint32_t QuiescenceMoves                   = 0;
+constexpr std::uint32_t QuiescenceClockInterval = 256;
+
 } // namespace
 
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score) {
@@ -144,7 +148,10 @@ int quiesce(int alpha, int beta, int mate_score) {
             if (score >= beta) return beta;
             if (score > best) best = score;
         }
+        // The clock is read here too, though more rarely: in a position set up with many
+        // queens the captures alone make a tree that would outlast any budget.
         if (SearchStopped == 1) return best;
+        if (++QuiescenceMoves % QuiescenceClockInterval == 0 && time_to_stop()) return best;
         --good.count;
     }
     return best;
