@@ -52,3 +52,42 @@ TEST_F(RobustnessTest, QuiescenceOnContrivedPositionsObeysTheClock) {
     EXPECT_EQ(SearchStopped, 1);
     EXPECT_EQ(stack_index(), 1); // a move was played all the same
 }
+
+namespace {
+
+// Knights out and back: four plies that bring the position back, with neither capture nor pawn.
+constexpr const char* Shuffle[4] = {"g1f3", "g8f6", "f3g1", "f6g8"};
+
+} // namespace
+
+// 800 plies without a capture or a pawn move: the half-move count stops at its 8-bit limit
+// instead of wrapping back to 0, so the fifty-move rule and the repetition scan still see the
+// whole reversible stretch; the stack drops its oldest records and never reaches the reserve.
+TEST_F(RobustnessTest, LongReversibleGameKeepsItsCountersAndTheStack) {
+    for (const char* fen : {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+                            "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 100 300"}) {
+        SCOPED_TRACE(fen);
+        new_game();
+        ASSERT_EQ(read_fen(fen), 1);
+        const int start_count = CurrentPosition->reversibleCount;
+        std::string out;
+        for (int ply = 0; ply < 800; ++ply) {
+            ASSERT_EQ(enter_user_move(Shuffle[ply % 4]), 1) << ply;
+            ASSERT_LT(stack_index(), StackSize - SearchReserve);
+            const int expected = start_count + ply + 1 < 255 ? start_count + ply + 1 : 255;
+            ASSERT_EQ(CurrentPosition->reversibleCount, expected) << ply;
+            // Every position of the shuffle has stood on the board before, and from the 100th
+            // reversible half-move on every position is a draw by the fifty-move rule.
+            if (ply >= 4) {
+                ASSERT_GE(CurrentPosition->repetitions, 1) << ply;
+            }
+            testing::internal::CaptureStdout();
+            const int over = check_game_end();
+            out            = testing::internal::GetCapturedStdout();
+            if (expected >= 100) {
+                ASSERT_EQ(over, 1) << ply;
+            }
+        }
+        EXPECT_NE(out.rfind("1/2-1/2 {Draw by 50 move rule}\n"), std::string::npos);
+    }
+}
