@@ -131,6 +131,10 @@ int quiesce(int alpha, int beta, int mate_score) {
     int stand = evaluate();
     if (stand >= beta) return beta;
     int best = alpha > stand ? alpha : stand;
+    // A game keeps SearchReserve records free above it, which the captures of any real
+    // position cannot use up; one set up with dozens of pieces could capture on past the top
+    // of the stack, and there only the static score is left.
+    if (stack_index() >= StackSize - 2) return best;
 
     // Step 2. Only legal captures and promotions that do not lose material, the best
     // exchange first. Without them the node neither sees mate nor stalemate.

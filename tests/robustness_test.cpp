@@ -91,3 +91,23 @@ TEST_F(RobustnessTest, LongReversibleGameKeepsItsCountersAndTheStack) {
         EXPECT_NE(out.rfind("1/2-1/2 {Draw by 50 move rule}\n"), std::string::npos);
     }
 }
+
+// The reserve above a game covers the captures of any real position; a position set up with
+// dozens of pieces could capture on further, and at the top of the stack the quiescence search
+// and the exchange evaluation stop instead of stepping past it (the sanitizer build checks).
+TEST_F(RobustnessTest, QuiescenceAndExchangesStopAtTheTopOfTheStack) {
+    for (int top = StackSize - 6; top <= StackSize - 2; ++top) {
+        SCOPED_TRACE(top);
+        CurrentPosition = &PositionStack[top];
+        ASSERT_EQ(read_fen("rnbqqbnr/qqqqqqqq/QQQQQQQQ/8/8/qqqqqqqq/QQQQQQQQ/RNBQKBNR w - - 0 1"), 1);
+        moveTime = allocatedTime = 100;
+        SearchStopped   = 0;
+        SearchStartTime = clock_ms();
+        (void)quiesce(-Infinity, Infinity, MateScore);
+        EXPECT_EQ(stack_index(), top);
+        MoveList good;
+        good.count = 0;
+        legal_good_captures(good);
+        EXPECT_EQ(stack_index(), top);
+    }
+}
