@@ -55,6 +55,19 @@ TEST_F(RobustnessTest, QuiescenceOnContrivedPositionsObeysTheClock) {
 
 namespace {
 
+// The legal moves of the position on the board, in generator order.
+int legal_moves(Move* moves) {
+    Move all[MaxGameMoves];
+    int count = 0, legal = 0;
+    generate_moves(all, count);
+    for (int i = 0; i < count; ++i) {
+        make_move(all[i]);
+        if (!move_left_king_in_check()) moves[legal++] = all[i];
+        take_back();
+    }
+    return legal;
+}
+
 // Knights out and back: four plies that bring the position back, with neither capture nor pawn.
 constexpr const char* Shuffle[4] = {"g1f3", "g8f6", "f3g1", "f6g8"};
 
@@ -109,5 +122,41 @@ TEST_F(RobustnessTest, QuiescenceAndExchangesStopAtTheTopOfTheStack) {
         good.count = 0;
         legal_good_captures(good);
         EXPECT_EQ(stack_index(), top);
+    }
+}
+
+// A game of 400 moves whose end the engine plays itself at full depth under a clock: the game
+// records crossed the stack's trimming point twice on the way, and every engine move, made
+// with the search path above the game, is one the user-move entry accepts too.
+TEST_F(RobustnessTest, FourHundredMoveGameWithDeepThinkingAtItsEnd) {
+    for (int ply = 0; ply < 788; ++ply) {
+        ASSERT_EQ(enter_user_move(Shuffle[ply % 4]), 1) << ply;
+        ASSERT_LT(stack_index(), StackSize - SearchReserve);
+    }
+    // Pawns open the position, so the search has captures to follow near the end.
+    for (const char* m : {"e2e4", "d7d5"}) ASSERT_EQ(enter_user_move(m), 1);
+    MaxDepth = 32, PostThinking = 1;
+    for (int turn = 0; turn < 5; ++turn) {
+        SCOPED_TRACE(turn);
+        const Position before = *CurrentPosition;
+        moveTime        = 30; // "st" would give whole seconds; this keeps the test short
+        SearchStartTime = clock_ms();
+        char text[LineSize];
+        testing::internal::CaptureStdout();
+        think(text);
+        const std::string out = testing::internal::GetCapturedStdout();
+        ASSERT_LT(stack_index(), StackSize - SearchReserve);
+        ASSERT_NE(out.find("move "), std::string::npos);
+        const Position after = *CurrentPosition;
+        take_back();
+        ASSERT_EQ(std::memcmp(&before, CurrentPosition, sizeof before), 0);
+        if (text[4] == ' ') text[4] = '\0';
+        ASSERT_EQ(enter_user_move(text), 1) << text;
+        ASSERT_EQ(std::memcmp(&after, CurrentPosition, sizeof after), 0);
+        // The reply: the opponent's first legal move.
+        Move moves[MaxGameMoves];
+        ASSERT_GT(legal_moves(moves), 0);
+        make_room_for_game_move();
+        make_move(moves[0]);
     }
 }
