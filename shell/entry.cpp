@@ -1,5 +1,8 @@
 // Start-up, the mode loop, and the line reader that every front end uses.
+#include <cctype>
 #include <csignal>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -23,6 +26,24 @@ int read_line(char* line) {
     if (length > 0 && line[length - 1] == '\r') --length; // a line ended by CR LF
     line[length] = '\0';
     return 1;
+}
+
+int read_int(const char*& text, std::int32_t& value) {
+    const char* p = text;
+    while (std::isspace(static_cast<unsigned char>(*p))) ++p;
+    if (*p == '+' && p[1] != '-') ++p; // from_chars takes a minus sign but not a plus
+    std::int32_t n    = 0;
+    auto [end, error] = std::from_chars(p, p + std::strlen(p), n);
+    if (error != std::errc()) return 0;
+    value = n;
+    text  = end;
+    return 1;
+}
+
+std::int32_t saturate_centis(std::int64_t centis) {
+    if (centis > INT32_MAX) return INT32_MAX;
+    if (centis < INT32_MIN) return INT32_MIN;
+    return std::int32_t(centis);
 }
 
 void start_up() {

@@ -28,6 +28,11 @@ constexpr int LineSize = 256;
 // Reads one line of at most 255 characters, without its line end, into a buffer of LineSize
 // bytes; the rest of a longer line is discarded. Returns 0 at the end of input.
 int read_line(char* line);
+// Reads a whole number as "%d" does (blanks skipped, an optional sign, digits) and moves text
+// past it. Returns 0, text and value untouched, when no number stands there or it does not fit.
+int read_int(const char*& text, std::int32_t& value);
+// A time in hundredths of a second computed in 64 bits, held at the 32-bit limits.
+std::int32_t saturate_centis(std::int64_t centis);
 
 void start_up();
 void mode_loop();
