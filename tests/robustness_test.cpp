@@ -1,9 +1,12 @@
 // Robustness: positions no game reaches, games longer than the position stack, and the files
 // the engine depends on failing under it (book, log, settings).
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "board/board.h"
@@ -33,6 +36,27 @@ class RobustnessTest : public ScratchDir {
         SearchStopped = 0;
         GameOver = 0, EngineColor = 'c', QuitRequested = 0;
         new_game();
+    }
+
+    // Runs a front end on the given lines up to their end, as a part of one longer session
+    // (the game and the settings carry over to the next part); returns what it printed.
+    std::string session(void (*loop)(), const std::string& lines) {
+        std::FILE* in = std::tmpfile();
+        std::fwrite(lines.data(), 1, lines.size(), in);
+        std::rewind(in);
+        InputStream = in;
+        testing::internal::CaptureStdout();
+        loop();
+        std::string out = testing::internal::GetCapturedStdout();
+        InputStream     = stdin;
+        std::fclose(in);
+        QuitRequested = 0;
+        return out;
+    }
+
+    std::string read_file(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
     }
 };
 
@@ -159,4 +183,98 @@ TEST_F(RobustnessTest, FourHundredMoveGameWithDeepThinkingAtItsEnd) {
         make_room_for_game_move();
         make_move(moves[0]);
     }
+}
+
+// The book deleted, then cut short, between two moves of a game: the engine says why on the
+// error stream when the file is gone, and searches instead; a book shorter than one entry holds
+// no position, and one cut inside an entry keeps the entries before the cut.
+TEST_F(RobustnessTest, BookDeletedOrTruncatedBetweenMoves) {
+    const std::string book = dir + "/book.bin";
+    std::filesystem::copy_file(QUILLFERN_TEST_DATA "/small_book.bin", book);
+    const std::string bytes = read_file(book);
+    std::snprintf(BookFile, sizeof BookFile, "%s", book.c_str());
+    Book = 1, RandBook = 0, MaxDepth = 3, PostThinking = 0;
+
+    std::string out = session(xboard_loop, "new\nusermove e2e4\n");
+    EXPECT_NE(out.find("from opening book"), std::string::npos) << out;
+
+    std::filesystem::remove(book);
+    testing::internal::CaptureStderr();
+    out = session(xboard_loop, "usermove g1f3\n");
+    const std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(err, book + ": No such file or directory\n");
+    EXPECT_EQ(out.find("from opening book"), std::string::npos) << out;
+    EXPECT_NE(out.find("\nmove "), std::string::npos) << out; // searched instead
+
+    // Shorter than one entry: not in the book, and nothing to report.
+    std::ofstream(book, std::ios::binary) << bytes.substr(0, 15);
+    testing::internal::CaptureStderr();
+    out = session(xboard_loop, "new\nusermove e2e4\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(out.find("from opening book"), std::string::npos) << out;
+    EXPECT_NE(out.find("\nmove "), std::string::npos) << out;
+
+    // Cut inside its last entry: the whole entries before the cut still answer.
+    std::ofstream(book, std::ios::binary | std::ios::trunc) << bytes.substr(0, bytes.size() - 7);
+    out = session(xboard_loop, "new\nusermove e2e4\n");
+    EXPECT_NE(out.find("from opening book"), std::string::npos) << out;
+}
+
+// Settings read again by "ini" after the file changed under the engine: every change is taken,
+// a file gone or turned to garbage gives the defaults, and a log that cannot be opened any more
+// is reported and stops the loading there, as at start-up.
+TEST_F(RobustnessTest, SettingsFileChangingBetweenLoads) {
+    char cwd[4096];
+    ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+    ASSERT_EQ(chdir(dir.c_str()), 0);
+    const auto param = [&](const char* content) {
+        if (content)
+            std::ofstream("quillfern.ini", std::ios::binary | std::ios::trunc) << content;
+        else
+            std::filesystem::remove("quillfern.ini");
+        return session(console_loop, "ini\nparam\n");
+    };
+    std::string out = param("[ENGINE]\nMaxDepth=3\n[BOOK]\nBookFile=first.bin\n");
+    EXPECT_NE(out.find("Depht:              3\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("bookFile:           first.bin\n"), std::string::npos) << out;
+
+    out = param("[ENGINE]\nMaxDepth=5\n[BOOK]\nBookFile=second.bin\nBook=no\n");
+    EXPECT_NE(out.find("Depht:              5\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("bookFile:           second.bin\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("book:               0\n"), std::string::npos) << out;
+
+    for (const char* gone : {static_cast<const char*>(nullptr), "\x01\xff[\x00=\n\n==::"}) {
+        out = param(gone);
+        EXPECT_NE(out.find("Depht:              32\n"), std::string::npos) << out;
+        EXPECT_NE(out.find("bookFile:           book.bin\n"), std::string::npos) << out;
+    }
+
+    (void)param("[ENGINE]\nMaxDepth=4\n[BOOK]\nBookFile=kept.bin\n");
+    testing::internal::CaptureStderr();
+    out = param("[ENGINE]\nMaxDepth=6\n[LOG]\nLogGame=1\nLogFile=no-such-folder/game.log\n"
+                "[BOOK]\nBookFile=skipped.bin\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "no-such-folder/game.log: No such file or directory\n");
+    EXPECT_NE(out.find("Depht:              6\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("bookFile:           kept.bin\n"), std::string::npos) << out;
+    ASSERT_EQ(chdir(cwd), 0);
+}
+
+// The log's folder removed during a game: the open log goes on taking the lines, which vanish
+// with the folder; the engine notices nothing and plays on.
+TEST_F(RobustnessTest, LogFolderRemovedDuringAGame) {
+    std::filesystem::create_directory(dir + "/logs");
+    const std::string ini = write_file("quillfern.ini", "[ENGINE]\nMaxDepth=3\n[LOG]\nLogGame=1\n"
+                                                        "LogFile=" + dir + "/logs/game.log\n"
+                                                        "[BOOK]\nBook=0\n");
+    load_settings(ini.c_str());
+    ASSERT_NE(LogFileHandle, nullptr);
+    std::string out = session(xboard_loop, "new\nname Opponent\nusermove e2e4\n");
+    EXPECT_NE(read_file(dir + "/logs/game.log").find("usermove e2e4\n"), std::string::npos);
+
+    std::filesystem::remove_all(dir + "/logs");
+    out = session(xboard_loop, "usermove d2d4\nusermove g1f3\n");
+    EXPECT_EQ(out.find("Illegal move"), std::string::npos) << out;
+    EXPECT_EQ(stack_index(), 6) << out; // both moves answered
+    EXPECT_FALSE(std::filesystem::exists(dir + "/logs"));
 }
