@@ -13,7 +13,8 @@ constexpr const char* IniName = "fuzz.ini";
 // The first line's text before and after its first '/', at most 31 bytes each.
 void names_from_first_line(const std::uint8_t* data, std::size_t size, char* section, char* key) {
     std::size_t i = 0, n = 0;
-    while (i < size && data[i] != '/' && data[i] != '\n' && data[i] && n < 31) section[n++] = char(data[i++]);
+    while (i < size && data[i] != '/' && data[i] != '\n' && data[i] && n < 31)
+        section[n++] = char(data[i++]);
     section[n] = '\0';
     if (i < size && data[i] == '/') ++i;
     n = 0;
@@ -21,7 +22,9 @@ void names_from_first_line(const std::uint8_t* data, std::size_t size, char* sec
     key[n] = '\0';
 }
 
-bool terminated(const char* text, std::size_t size) { return std::memchr(text, '\0', size) != nullptr; }
+bool terminated(const char* text, std::size_t size) {
+    return std::memchr(text, '\0', size) != nullptr;
+}
 
 } // namespace
 

@@ -49,7 +49,7 @@ inline void run(const char* mode_line, const std::uint8_t* data, std::size_t siz
     while (start < size) {
         std::size_t end = start;
         while (end < size && data[end] != '\n') ++end;
-        const char* line = reinterpret_cast<const char*>(data + start);
+        const char* line   = reinterpret_cast<const char*>(data + start);
         std::size_t length = end - start;
         if (!is_benchmark(line, length)) append(line, end < size ? length + 1 : length);
         start = end + 1;

@@ -109,7 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         ++used;
         text[length] = '\0';
 
-        int count            = legal_moves(moves);
+        int count             = legal_moves(moves);
         const Position before = *CurrentPosition;
         const int index       = stack_index();
         // Near the search's reserve the entry first drops the oldest records, refused or not.

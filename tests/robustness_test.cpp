@@ -33,7 +33,7 @@ class RobustnessTest : public ScratchDir {
     void defaults() {
         load_settings((dir + "/no-such.ini").c_str());
         opponentTime = increment = 0;
-        SearchStopped = 0;
+        SearchStopped            = 0;
         GameOver = 0, EngineColor = 'c', QuitRequested = 0;
         new_game();
     }
@@ -67,8 +67,8 @@ class RobustnessTest : public ScratchDir {
 TEST_F(RobustnessTest, QuiescenceOnContrivedPositionsObeysTheClock) {
     ASSERT_EQ(read_fen("QQQQQQQQ/QQQQQQQQ/8/8/8/8/qqqqqqqq/qqqqqqqk w - - 0 1"), 1);
     moveTime = allocatedTime = 20;
-    MaxDepth        = 2;
-    SearchStartTime = clock_ms();
+    MaxDepth                 = 2;
+    SearchStartTime          = clock_ms();
     char text[LineSize];
     testing::internal::CaptureStdout();
     think(text);
@@ -136,10 +136,11 @@ TEST_F(RobustnessTest, QuiescenceAndExchangesStopAtTheTopOfTheStack) {
     for (int top = StackSize - 6; top <= StackSize - 2; ++top) {
         SCOPED_TRACE(top);
         CurrentPosition = &PositionStack[top];
-        ASSERT_EQ(read_fen("rnbqqbnr/qqqqqqqq/QQQQQQQQ/8/8/qqqqqqqq/QQQQQQQQ/RNBQKBNR w - - 0 1"), 1);
+        ASSERT_EQ(read_fen("rnbqqbnr/qqqqqqqq/QQQQQQQQ/8/8/qqqqqqqq/QQQQQQQQ/RNBQKBNR w - - 0 1"),
+                  1);
         moveTime = allocatedTime = 100;
-        SearchStopped   = 0;
-        SearchStartTime = clock_ms();
+        SearchStopped            = 0;
+        SearchStartTime          = clock_ms();
         (void)quiesce(-Infinity, Infinity, MateScore);
         EXPECT_EQ(stack_index(), top);
         MoveList good;
@@ -163,8 +164,8 @@ TEST_F(RobustnessTest, FourHundredMoveGameWithDeepThinkingAtItsEnd) {
     for (int turn = 0; turn < 5; ++turn) {
         SCOPED_TRACE(turn);
         const Position before = *CurrentPosition;
-        moveTime        = 30; // "st" would give whole seconds; this keeps the test short
-        SearchStartTime = clock_ms();
+        moveTime              = 30; // "st" would give whole seconds; this keeps the test short
+        SearchStartTime       = clock_ms();
         char text[LineSize];
         testing::internal::CaptureStdout();
         think(text);
@@ -200,7 +201,7 @@ TEST_F(RobustnessTest, BookDeletedOrTruncatedBetweenMoves) {
 
     std::filesystem::remove(book);
     testing::internal::CaptureStderr();
-    out = session(xboard_loop, "usermove g1f3\n");
+    out                   = session(xboard_loop, "usermove g1f3\n");
     const std::string err = testing::internal::GetCapturedStderr();
     EXPECT_EQ(err, book + ": No such file or directory\n");
     EXPECT_EQ(out.find("from opening book"), std::string::npos) << out;
@@ -265,8 +266,10 @@ TEST_F(RobustnessTest, SettingsFileChangingBetweenLoads) {
 TEST_F(RobustnessTest, LogFolderRemovedDuringAGame) {
     std::filesystem::create_directory(dir + "/logs");
     const std::string ini = write_file("quillfern.ini", "[ENGINE]\nMaxDepth=3\n[LOG]\nLogGame=1\n"
-                                                        "LogFile=" + dir + "/logs/game.log\n"
-                                                        "[BOOK]\nBook=0\n");
+                                                        "LogFile=" +
+                                                            dir +
+                                                            "/logs/game.log\n"
+                                                            "[BOOK]\nBook=0\n");
     load_settings(ini.c_str());
     ASSERT_NE(LogFileHandle, nullptr);
     std::string out = session(xboard_loop, "new\nname Opponent\nusermove e2e4\n");
@@ -277,4 +280,54 @@ TEST_F(RobustnessTest, LogFolderRemovedDuringAGame) {
     EXPECT_EQ(out.find("Illegal move"), std::string::npos) << out;
     EXPECT_EQ(stack_index(), 6) << out; // both moves answered
     EXPECT_FALSE(std::filesystem::exists(dir + "/logs"));
+}
+
+namespace {
+
+// 788 plies of knight moves, one line each, with the given prefix before each move, then
+// two pawn moves that open the position for the search.
+std::string long_game_lines(const char* prefix) {
+    std::string lines;
+    for (int ply = 0; ply < 788; ++ply) lines += std::string(prefix) + Shuffle[ply % 4] + "\n";
+    return lines + prefix + "e2e4\n" + prefix + "d7d5\n";
+}
+
+int count_of(const std::string& text, const std::string& what) {
+    int n = 0;
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++n;
+    return n;
+}
+
+} // namespace
+
+// The same 400-move game end to end, over the protocol (from the start, and from a FEN whose
+// half-move clock is already 100, so the fifty-move draw is announced at every move and the
+// game goes on regardless) and at the console; at its end the engine thinks at depth 32 for
+// a second, twice. b8c6 is legal whatever White played: only Bb5+ checks, and it blocks that.
+TEST_F(RobustnessTest, FourHundredMoveGamesAtTheConsoleAndOverTheProtocol) {
+    Book                  = 0;
+    const std::string end = "st 1\nsd 32\ngo\n";
+    for (const char* setup :
+         {"", "setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 100 1\n"}) {
+        SCOPED_TRACE(setup);
+        defaults();
+        Book = 0;
+        const std::string out =
+            session(xboard_loop, std::string("new\nforce\n") + setup +
+                                     long_game_lines("usermove ") + end + "usermove b8c6\n");
+        EXPECT_EQ(count_of(out, "Illegal move"), 0);
+        EXPECT_EQ(count_of(out, "\nmove "), 2)
+            << out.substr(out.size() > 2000 ? out.size() - 2000 : 0);
+        EXPECT_EQ(count_of(out, "{Draw by 50 move rule}"), *setup ? 788 : 689);
+        EXPECT_LT(stack_index(), StackSize - SearchReserve);
+        EXPECT_EQ(CurrentPosition->blackToMove, 1);
+    }
+    defaults();
+    Book                  = 0;
+    const std::string out = session(console_loop, long_game_lines("") + end + "b8c6\n");
+    EXPECT_EQ(count_of(out, "Illegal move"), 0);
+    EXPECT_EQ(count_of(out, "\nmove "), 2);
+    EXPECT_LT(stack_index(), StackSize - SearchReserve);
+    EXPECT_EQ(CurrentPosition->blackToMove, 1);
 }
