@@ -3,7 +3,8 @@
 // end of input. The stream hands the engine one line per read, and before each line it holds
 // the depth and the move time to the fuzz budget again, so that "sd", "st", "time" and "level"
 // are parsed and echoed as usual but no search runs long. The perft benchmark ("test", half a
-// minute) is taken out of the input.
+// minute) is taken out of the input, and a session that has run for four seconds meets the end
+// of its input.
 #pragma once
 
 #include <cstring>
@@ -14,10 +15,15 @@ namespace session {
 
 inline char Text[1 << 16];
 inline std::size_t Length, Position;
+inline std::uint32_t Started;
+constexpr std::uint32_t SessionTime = 4000; // milliseconds
 
 inline ssize_t read_lines(void*, char* buffer, std::size_t size) {
     if (MaxDepth > FuzzDepth) MaxDepth = FuzzDepth;
     if (moveTime > FuzzMoveTime) moveTime = FuzzMoveTime;
+    // Many searches that each use their whole budget (positions set up with dozens of
+    // pieces) could still add up past libFuzzer's timeout: such a session ends early.
+    if (clock_ms() - Started > SessionTime) return 0;
     std::size_t n = 0;
     while (n < size && Position < Length) {
         char c      = Text[Position++];
@@ -60,6 +66,7 @@ inline void run(const char* mode_line, const std::uint8_t* data, std::size_t siz
     std::FILE* stream = fopencookie(nullptr, "r", io);
     if (!stream) std::abort();
     InputStream = stream;
+    Started     = clock_ms();
     mode_loop();
     InputStream = stdin;
     std::fclose(stream);
