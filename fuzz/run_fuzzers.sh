@@ -14,11 +14,11 @@ BUILD=${FUZZ_BUILD:-$FUZZ/build}
 TARGETS=${*:-fen user_move ini book console xboard}
 PARALLEL=${PARALLEL:-1}
 
-cmake -S "$FUZZ" -B "$BUILD" -DCMAKE_CXX_COMPILER=clang++ >"$BUILD.cmake.log" 2>&1 ||
-    { cat "$BUILD.cmake.log"; exit 1; }
-cmake --build "$BUILD" -j "${JOBS:-2}" >"$BUILD.build.log" 2>&1 ||
-    { cat "$BUILD.build.log"; exit 1; }
 mkdir -p "$BUILD/artifacts" "$BUILD/logs"
+cmake -S "$FUZZ" -B "$BUILD" -DCMAKE_CXX_COMPILER=clang++ >"$BUILD/logs/cmake.log" 2>&1 ||
+    { cat "$BUILD/logs/cmake.log"; exit 1; }
+cmake --build "$BUILD" -j "${JOBS:-2}" >"$BUILD/logs/build.log" 2>&1 ||
+    { cat "$BUILD/logs/build.log"; exit 1; }
 
 run_one() {
     name=$1
