@@ -182,4 +182,5 @@ Move pick_best_move(MoveList& list);
 constexpr int MaxGameMoves = MoveListSize + QuietListSize; // both generators' lists at their fullest
 [[nodiscard]] int enter_user_move(const char* text);
 void generate_moves(Move* moves, int& count);
+Move first_legal_move(); // in generate_moves order; 0 when there is none
 void legal_captures(MoveList& list);

@@ -131,6 +131,19 @@ void generate_moves(Move* moves, int& count) {
     for (int i = int(quiets.count) - 1; i >= 0; --i) moves[count++] = quiets.moves[i];
 }
 
+Move first_legal_move() {
+    Move moves[MaxGameMoves];
+    int count;
+    generate_moves(moves, count);
+    for (int i = 0; i < count; ++i) {
+        make_move(moves[i]);
+        bool legal = !move_left_king_in_check();
+        take_back();
+        if (legal) return moves[i];
+    }
+    return 0;
+}
+
 // Appends the legal tactical moves, in the reverse of the generator's order.
 void legal_captures(MoveList& list) {
     MoveList all;

@@ -37,14 +37,7 @@ int check_game_end() {
         over = 1;
     }
 
-    Move moves[MaxGameMoves];
-    int count;
-    generate_moves(moves, count);
-    for (int i = 0; i < count; ++i) {
-        make_move(moves[i]);
-        bool legal = !move_left_king_in_check();
-        take_back();
-        if (!legal) continue;
+    if (first_legal_move() != 0) {
         if (p.reversibleCount > 99) {
             announce("1/2-1/2 {Draw by 50 move rule}", false);
             std::fflush(stdout);

@@ -13,20 +13,6 @@ namespace {
 // Hundredths of a second since the search started.
 std::int32_t elapsed_time() { return std::int32_t(clock_ms() - SearchStartTime) / 10; }
 
-// The first legal move in the search's own order, or 0 when there is none.
-Move first_legal_move() {
-    Move moves[MaxGameMoves];
-    int count;
-    generate_moves(moves, count);
-    for (int i = 0; i < count; ++i) {
-        make_move(moves[i]);
-        bool legal = !move_left_king_in_check();
-        take_back();
-        if (legal) return moves[i];
-    }
-    return 0;
-}
-
 } // namespace
 
 // Spreads the clock over the moves still expected: fewer when ahead on the clock, more when
