@@ -1,6 +1,7 @@
 #!/bin/sh
 # Builds the engine twice and runs the tests: a Release tree (fast and slow tests) and an
-# AddressSanitizer + UndefinedBehaviorSanitizer tree with bounds-checked containers (fast tests).
+# AddressSanitizer + UndefinedBehaviorSanitizer tree with bounds-checked containers (fast tests);
+# then a short round of the fuzz targets (fuzz/, built with clang) when clang can build them.
 set -e
 cd "$(dirname "$0")"
 JOBS=${JOBS:-2}
@@ -12,3 +13,6 @@ ctest --test-dir build --output-on-failure -j "$JOBS"
 cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLFERN_SANITIZE=ON -DQUILLFERN_TESTS=ON -DQUILLFERN_REQUIRE_GTEST=ON
 cmake --build build-sanitize -j "$JOBS"
 ctest --test-dir build-sanitize --output-on-failure -j "$JOBS" -L fast
+
+# A short round of every fuzz target, when clang with libFuzzer is installed.
+fuzz/smoke.sh

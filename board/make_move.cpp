@@ -85,9 +85,12 @@ void make_move(Move m) {
         if (to == H8) p.castling &= ~0x20;
     }
 
-    // Step 4. Pawn moves and captures are irreversible.
+    // Step 4. Pawn moves and captures are irreversible. The count stops at 255 rather than
+    // wrap to 0 in a very long game, where the fifty-move rule and the repetition scan would
+    // lose the reversible stretch behind it.
     const bool irreversible = (flags & 7) == Pawn || (flags & 0x08);
-    p.reversibleCount = irreversible ? 0 : std::uint8_t(p.reversibleCount + 1);
+    const int counted       = p.reversibleCount + (p.reversibleCount < 255);
+    p.reversibleCount       = irreversible ? 0 : std::uint8_t(counted);
 
     // Step 5. Turn the board to the opponent.
     p.ownPieces   = mirror(opponent_pieces(p));

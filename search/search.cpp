@@ -39,6 +39,10 @@ inline bool time_to_stop() {
     return false;
 }
 
+// Quiescence moves since the clock was last read there.
+std::uint32_t QuiescenceMoves                   = 0;
+constexpr std::uint32_t QuiescenceClockInterval = 256;
+
 } // namespace
 
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score) {
@@ -135,6 +139,10 @@ int quiesce(int alpha, int beta, int mate_score) {
     int stand = evaluate();
     if (stand >= beta) return beta;
     int best = alpha > stand ? alpha : stand;
+    // A game keeps SearchReserve records free above it, which the captures of any real
+    // position cannot use up; one set up with dozens of pieces could capture on past the top
+    // of the stack, and there only the static score is left.
+    if (stack_index() >= StackSize - 2) return best;
 
     // Step 2. Only legal captures and promotions that do not lose material, the best
     // exchange first. Without them the node neither sees mate nor stalemate.
@@ -149,7 +157,10 @@ int quiesce(int alpha, int beta, int mate_score) {
         take_back();
         if (score >= beta) return beta;
         if (score > best) best = score;
+        // The clock is read here too, though more rarely: in a position set up with many
+        // queens the captures alone make a tree that would outlast any budget.
         if (SearchStopped == 1) return best;
+        if (++QuiescenceMoves % QuiescenceClockInterval == 0 && time_to_stop()) return best;
         --good.count;
     }
     return best;

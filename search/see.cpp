@@ -52,6 +52,9 @@ int see(Move m) {
 // the side that just moved sees it; 0 when it has no legal recapture. Recaptures are forced:
 // the result is never raised to 0 when taking back loses material.
 int see_square(Square sq) {
+    // At the top of the stack (a position set up with dozens of pieces, deep in quiescence)
+    // the exchange is cut off as if no recapture were left.
+    if (CurrentPosition >= &PositionStack[StackSize - 1]) return 0;
     const MoveEntry recapture = see_find_recapture(sq);
     if (recapture.score == 0) return 0;
     return exchange_after(recapture.move, value_on(move_to(recapture.move)));

@@ -1,4 +1,5 @@
 // Iterative deepening: the time budget, the engine's move, analysis, and the thinking lines.
+#include <cassert>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -36,6 +37,8 @@ void allocate_time() {
 // stopped iteration's first move is played if it found one, else the first legal move; with no
 // legal move at all nothing is played.
 void think(char* text) {
+    // The game leaves the search its reserve of records, which covers the deepest iteration.
+    assert(stack_index() < StackSize - SearchReserve && MaxDepth <= MaxPly);
     allocate_time();
     clear_history();
     Move best = 0;
@@ -74,6 +77,7 @@ void think(char* text) {
 }
 
 void analyze(int max_depth) {
+    assert(stack_index() < StackSize - SearchReserve && max_depth <= MaxPly);
     clear_history();
     for (int depth = 2; depth <= max_depth; ++depth) {
         clear_killers();

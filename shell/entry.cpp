@@ -16,6 +16,13 @@ std::int32_t QuitRequested = 0;
 std::FILE* InputStream     = stdin;
 
 int read_line(char* line) {
+    // Output that can no longer be written (a broken pipe, a closed stream) ends the session
+    // like the end of input: no one is left to answer.
+    std::fflush(stdout);
+    if (std::ferror(stdout)) {
+        line[0] = '\0';
+        return 0;
+    }
     int length = 0, c;
     while ((c = std::getc(InputStream)) != EOF && c != '\n')
         if (length < LineSize - 1) line[length++] = char(c);

@@ -26,7 +26,8 @@ void show_board();
 extern std::FILE* InputStream;
 constexpr int LineSize = 256;
 // Reads one line of at most 255 characters, without its line end, into a buffer of LineSize
-// bytes; the rest of a longer line is discarded. Returns 0 at the end of input.
+// bytes; the rest of a longer line is discarded. Flushes standard output first. Returns 0 at
+// the end of input, and when standard output can no longer be written.
 int read_line(char* line);
 // Reads a whole number as "%d" does (blanks skipped, an optional sign, digits) and moves text
 // past it. Returns 0, text and value untouched, when no number stands there or it does not fit.
