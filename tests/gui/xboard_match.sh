@@ -59,7 +59,7 @@ fail() {
 HOME=$WORK/home timeout -k 10 600 xvfb-run -a xboard -noGUI \
     -fcp "$ENGINE" -fd "$WORK/engine" \
     -scp "$OPPONENT" -sd "$WORK/opponent" "$@" \
-    -matchMode true -matchGames "$GAMES" -xexit \
+    -matchGames "$GAMES" -xexit \
     -mps 40 -tc 0:20 \
     -autoCallFlag true -adjudicateDrawMoves 100 \
     -saveGameFile "$WORK/games.pgn" \
