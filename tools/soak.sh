@@ -6,7 +6,7 @@
 # an illegal move, a lost clock, a move refused or a command misunderstood. Not part of the
 # normal test run (it takes an hour or more); anyone may run it.
 #
-# usage: tests/gui/soak.sh ENGINE [WORK_DIR [GAMES_PER_MATCH [BOOK]]]
+# usage: tools/soak.sh ENGINE [WORK_DIR [GAMES_PER_MATCH [BOOK]]]
 #   GAMES_PER_MATCH defaults to 34: with three opponents, six matches of 34 games make 204.
 #   PARALLEL=N plays N matches at once (default 2, one per core). Exits 1 on any fault of ours.
 set -u
@@ -15,7 +15,7 @@ export LC_ALL=C
 ENGINE=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 WORK=${2:-soak}
 GAMES=${3:-34}
-BOOK=${4:-$(cd "$(dirname "$0")/../.." && pwd)/play/book.bin}
+BOOK=${4:-$(cd "$(dirname "$0")/.." && pwd)/play/book.bin}
 PARALLEL=${PARALLEL:-2}
 
 for tool in xboard xvfb-run xauth; do

@@ -22,11 +22,12 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
-sys.dont_write_bytecode = True  # keep tests/data free of __pycache__
+sys.dont_write_bytecode = True  # keep tools/ free of __pycache__
 import dump_book  # noqa: E402
 
-BOOK = os.path.join(HERE, "small_book.bin")
-EXPECTED = os.path.join(HERE, "small_book_expected.txt")
+DATA = os.path.join(HERE, "..", "tests", "data")
+BOOK = os.path.join(DATA, "small_book.bin")
+EXPECTED = os.path.join(DATA, "small_book_expected.txt")
 
 # name, moves from the start position, a legal move in the final position (only used to
 # find the key), what the position shows.
@@ -58,7 +59,7 @@ POSITIONS = [
 HEADER = """\
 # Expected entries of tests/data/small_book.bin for selected positions.
 # small_book.bin is built from small_openings.pgn by make_small_book.sh; this file is
-# written by gen_small_expected.py (which uses dump_book.py): do not edit it by hand.
+# written by tools/gen_small_expected.py (which uses tools/dump_book.py): do not edit it by hand.
 #
 # Lines starting with '#' are comments; blank lines only separate blocks. One block per position:
 #   position NAME        a short name without spaces

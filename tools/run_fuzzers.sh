@@ -4,12 +4,12 @@
 # fuzz/build/corpus/NAME for the next run. Prints the executions of each target and exits
 # non-zero when any target found a fault (its input is saved in fuzz/build/artifacts).
 #
-# usage: fuzz/run_fuzzers.sh SECONDS [TARGET...]     targets: fen user_move ini book console xboard
+# usage: tools/run_fuzzers.sh SECONDS [TARGET...]     targets: fen user_move ini book console xboard
 # PARALLEL=2 runs two targets at a time; JOBS sets the build's parallelism (default 2).
 set -u
 SECONDS_EACH=${1:?usage: run_fuzzers.sh SECONDS [TARGET...]}
 shift
-FUZZ=$(cd "$(dirname "$0")" && pwd)
+FUZZ=$(cd "$(dirname "$0")/../fuzz" && pwd)
 BUILD=${FUZZ_BUILD:-$FUZZ/build}
 TARGETS=${*:-fen user_move ini book console xboard}
 PARALLEL=${PARALLEL:-1}
