@@ -1,0 +1,240 @@
+// The fuzz targets, one per input surface, each built from this file with FUZZ_TARGET_<name>
+// defined: fen, user_move, ini, book, console, xboard.
+#include "book/book.h"
+#include "eval/eval.h"
+#include "fuzz/harness.h"
+#include "ini/ini_reader.h"
+
+#if defined(FUZZ_TARGET_fen)
+// The FEN reader, and everything the engine does with the record it leaves, accepted or not
+// ("setboard" plays on whatever the reader wrote): display, key, evaluation, game end, and a
+// shallow search whose move the user-move entry must accept and play the same way.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    char text[1024];
+    if (size >= sizeof text) return -1;
+    std::memcpy(text, data, size);
+    text[size] = '\0';
+    reset_engine();
+    const int accepted = read_fen(text);
+    const Position before = *CurrentPosition;
+    FUZZ_CHECK((before.ownPieces & ~occupied(before)) == 0 && before.epFile <= 8);
+    FUZZ_CHECK((before.blackToMove == 0 || before.blackToMove == 1) && (before.castling & 0xCC) == 0);
+    if (accepted) FUZZ_CHECK(before.reversibleCount <= 100);
+    show_board();
+    (void)book_key();
+    (void)evaluate();
+    (void)check_game_end();
+    FUZZ_CHECK(stack_index() == 0 && same(before, *CurrentPosition));
+
+    MaxDepth = 2;
+    start_clock();
+    char move[LineSize] = "";
+    think(move);
+    if (move[0] == '\0') return 0;
+    const Position played = *CurrentPosition;
+    take_back();
+    if (move[4] == ' ') move[4] = '\0';
+    FUZZ_CHECK(enter_user_move(move) == 1 && same(played, *CurrentPosition));
+    return 0;
+}
+
+#elif defined(FUZZ_TARGET_user_move)
+// The user-move entry on positions of a random legal game steered by the input (long ones too,
+// across the stack's trimming); then the input's lines as move texts, which the entry must judge
+// as the generators do: an accepted text plays one legal move, a refused one changes nothing.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const char* const starts[] = {
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+        "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+        "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+        "8/P1k5/K7/8/8/8/6p1/8 b - - 0 1",
+    };
+    if (size < 3) return -1;
+    reset_engine();
+    if (data[0] % 5) FUZZ_CHECK(read_fen(starts[data[0] % 5 - 1]) == 1);
+    const int plies = ((data[1] << 8) | data[2]) % 1024;
+    std::size_t used = 3;
+    Move moves[MaxGameMoves];
+    for (int ply = 0, count; ply < plies && (count = legal_moves(moves)) > 0; ++ply) {
+        const Move m = moves[(used < size ? data[used++] : ply) % count];
+        char text[8];
+        move_to_text(text, m, CurrentPosition);
+        if (text[4] == ' ') text[4] = '\0';
+        make_move(m);
+        const Position expected = *CurrentPosition;
+        take_back();
+        FUZZ_CHECK(enter_user_move(text) == 1 && same(expected, *CurrentPosition));
+        FUZZ_CHECK(stack_index() < StackSize - SearchReserve);
+    }
+    while (used < size) {
+        char text[LineSize];
+        std::size_t length = 0;
+        for (; used < size && data[used] != '\n'; ++used)
+            if (length < LineSize - 1) text[length++] = char(data[used]);
+        ++used;
+        text[length] = '\0';
+        const int count       = legal_moves(moves);
+        const Position before = *CurrentPosition;
+        const int index       = stack_index();
+        if (enter_user_move(text) != 1) {
+            FUZZ_CHECK(stack_index() == index && same(before, *CurrentPosition));
+            continue;
+        }
+        const Position now = *CurrentPosition;
+        take_back();
+        bool found = false;
+        for (int i = 0; i < count && !found; ++i) {
+            make_move(moves[i]);
+            found = same(now, *CurrentPosition);
+            take_back();
+        }
+        FUZZ_CHECK(found);
+        FUZZ_CHECK(enter_user_move(text) == 1); // play on from the new position
+    }
+    return 0;
+}
+
+#elif defined(FUZZ_TARGET_ini)
+// The INI reader on arbitrary files, with a section and key named by the first line and buffers
+// from one byte up, and the settings loaded from them.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    write_scratch_file("fuzz.ini", data, size);
+    char names[2][32] = {};
+    for (std::size_t i = 0, part = 0, n = 0; i < size && data[i] != '\n' && data[i] && part < 2; ++i)
+        if (data[i] == '/') ++part, n = 0;
+        else if (n < 31) names[part][n++] = char(data[i]);
+    for (int buffer_size : {1, 2, 7, 64, 512}) {
+        char buffer[512];
+        const int length = ini_read_string(names[0], names[1], "default", buffer, buffer_size, "fuzz.ini");
+        FUZZ_CHECK(length >= 0 && length < buffer_size && std::strlen(buffer) == std::size_t(length));
+    }
+    (void)ini_read_long(names[0], names[1], -7, "fuzz.ini");
+    const int flag = ini_read_bool(names[0], names[1], 5, "fuzz.ini");
+    FUZZ_CHECK(flag == 0 || flag == 1 || flag == 5);
+
+    // A log named with a folder in it would have the loader create files anywhere.
+    char log_name[100];
+    ini_read_string("LOG", "LogFile", "quillfern.log", log_name, sizeof log_name, "fuzz.ini");
+    if (std::strchr(log_name, '/')) return 0;
+    reset_engine();
+    load_settings("fuzz.ini");
+    FUZZ_CHECK(MaxDepth >= 2 && MaxDepth <= 32 && SuddenDeath >= 20 && SuddenDeath <= 40);
+    FUZZ_CHECK(std::memchr(LogFile, '\0', sizeof LogFile) && std::memchr(BookFile, '\0', sizeof BookFile));
+    show_params();
+    allocate_time(); // divides by a count derived from SuddenDeath
+    if (LogFileHandle) {
+        std::fclose(LogFileHandle);
+        LogFileHandle = nullptr;
+        if (std::strcmp(LogFile, "quillfern.ini") && std::strcmp(LogFile, "book.bin")) std::remove(LogFile);
+    }
+    return 0;
+}
+
+#elif defined(FUZZ_TARGET_book)
+// The book reader on arbitrary book files: the key search against a scan of a sorted file, and
+// the moves of a few positions listed, chosen and played as the front ends play them.
+static std::uint64_t key_at(const std::uint8_t* data, std::size_t index) {
+    std::uint64_t key = 0;
+    for (int i = 0; i < 8; ++i) key = (key << 8) | data[index * 16 + i];
+    return key;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    write_scratch_file("fuzz.bin", data, size);
+    reset_engine();
+    const std::size_t entries = size / 16;
+    bool sorted = true;
+    for (std::size_t i = 1; i < entries; ++i) sorted = sorted && key_at(data, i - 1) <= key_at(data, i);
+    std::FILE* file = std::fopen("fuzz.bin", "rb");
+    for (std::size_t i = 0; i < entries && i < 8; ++i)
+        for (std::uint64_t key : {key_at(data, i) - 1, key_at(data, i), key_at(data, i) + 1}) {
+            BookEntry entry;
+            const std::int32_t index = find_book_key(file, key, entry);
+            std::size_t first        = 0;
+            while (first + 1 < entries && key_at(data, first) < key) ++first;
+            FUZZ_CHECK(!sorted || index == std::int32_t(first));
+            FUZZ_CHECK(index >= 0 && index < std::int32_t(entries));
+        }
+    std::fclose(file);
+
+    for (const char* move : {"", "e2e4", "e7e5", "g1f3"}) {
+        if (*move && enter_user_move(move) != 1) break;
+        (void)show_book_moves("fuzz.bin");
+        for (int random : {0, 1}) {
+            RandBook     = random;
+            char text[8] = "xxxxxxx";
+            if (choose_book_move("fuzz.bin", text) != 0) continue;
+            const std::size_t length = std::strlen(text);
+            FUZZ_CHECK((length == 4 || length == 5) && text[0] >= 'a' && text[0] <= 'h');
+            const Position before = *CurrentPosition;
+            if (enter_user_move(text) == 1) take_back();
+            FUZZ_CHECK(same(before, *CurrentPosition));
+        }
+    }
+    return 0;
+}
+
+#elif defined(FUZZ_TARGET_console) || defined(FUZZ_TARGET_xboard)
+// A whole session in process: the mode line, then the input's lines until "quit" or the end of
+// input. Before each line the depth and the move time are held to the fuzz budget again, the
+// perft benchmark ("test", half a minute) is skipped, and a session that has run four seconds
+// meets the end of its input.
+namespace {
+#if defined(FUZZ_TARGET_console)
+constexpr char ModeLine[] = "console\n";
+#else
+constexpr char ModeLine[] = "xboard\n";
+#endif
+const std::uint8_t* Data;
+std::size_t Size, Offset;
+std::uint32_t Started;
+bool ModeSent;
+
+// The line as the engine compares it (up to a NUL or the line end, a final CR taken off).
+bool is_benchmark(const char* line, std::size_t length) {
+    std::size_t n = 0;
+    while (n < length && line[n] != '\0' && line[n] != '\n') ++n;
+    if (n > 0 && line[n - 1] == '\r') --n;
+    return n == 4 && std::memcmp(line, "test", 4) == 0;
+}
+
+ssize_t read_lines(void*, char* buffer, std::size_t room) {
+    if (!ModeSent) {
+        ModeSent = true;
+        std::memcpy(buffer, ModeLine, sizeof ModeLine - 1);
+        return ssize_t(sizeof ModeLine - 1);
+    }
+    if (MaxDepth > FuzzDepth) MaxDepth = FuzzDepth;
+    if (moveTime > FuzzMoveTime) moveTime = FuzzMoveTime;
+    if (clock_ms() - Started > 4000) return 0;
+    for (;;) {
+        std::size_t end = Offset;
+        while (end < Size && Data[end] != '\n') ++end;
+        const std::size_t length = end - Offset + (end < Size);
+        const char* line         = reinterpret_cast<const char*>(Data + Offset);
+        if (length == 0) return 0;
+        Offset += length;
+        if (is_benchmark(line, length)) continue;
+        const std::size_t n = length < room ? length : room;
+        std::memcpy(buffer, line, n);
+        Offset -= length - n;
+        return ssize_t(n);
+    }
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Data = data, Size = size, Offset = 0, ModeSent = false;
+    reset_engine();
+    cookie_io_functions_t io{read_lines, nullptr, nullptr, nullptr};
+    InputStream = fopencookie(nullptr, "r", io);
+    Started     = clock_ms();
+    mode_loop();
+    std::fclose(InputStream);
+    InputStream = stdin;
+    FUZZ_CHECK(stack_index() >= 0 && stack_index() < StackSize - SearchReserve);
+    std::fflush(stdout);
+    std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
+    return 0;
+}
+#endif
