@@ -1,15 +1,12 @@
-// INI reader: the line syntax, the three getters, the quoting of values, and hostile files.
-#include <gtest/gtest.h>
-#include <unistd.h>
-
+// INI reader and settings: the line syntax, the getters' conversions, hostile files, the
+// assertions, and the settings loaded from a file.
+#include <cerrno>
 #include <climits>
-#include <cstdint>
 #include <cstring>
-#include <random>
-#include <string>
 
 #include "ini/ini_reader.h"
-#include "tests/scratch_dir.h"
+#include "shell/shell.h"
+#include "tests/support.h"
 
 namespace {
 
@@ -80,207 +77,66 @@ TEST_F(IniTest, SyntaxOfLines) {
     }
 }
 
-TEST_F(IniTest, StringGetterKeepsToItsBuffer) {
-    std::string path = write_file("s.ini", "[A]\nk=abcdef\nq=\"a\"\"b\"\"c\"\n");
-    struct Case {
-        const char* key;
-        const char* fallback;
-        int size;
-        const char* expected;
-        int length;
-    } cases[] = {
-        {"k", "x", 4, "abc", 3},           {"k", "x", 1, "", 0},
-        {"q", "x", 3, "a\"", 2},           {"q", "x", 6, "a\"b\"c", 5},
-        {"none", "defaults", 4, "def", 3}, {"none", "d", 100, "d", 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << "key " << c.key << ", buffer of " << c.size);
-        char buffer[100];
-        EXPECT_EQ(ini_read_string("A", c.key, c.fallback, buffer, c.size, path.c_str()), c.length);
-        EXPECT_STREQ(buffer, c.expected);
-    }
 
-    // Unusable arguments write nothing at all.
+// The numbers as the standard conversions read them, held at the 32-bit limits; a flag by its
+// first letter; an empty value or no key gives the default.
+TEST_F(IniTest, NumbersAndFlags) {
+    const struct {
+        const char* value; // nullptr: no such key
+        long number;
+        int flag; // -1: the default
+    } cases[] = {
+        {"12 ; twelve", 12, 1},  {"0x10", 16, 0},  {"0X10", 16, 0},        {"-5", -5, -1},
+        {"\"42\"", 42, -1},     {"word", 0, -1},   {"", -99, -1},           {nullptr, -99, -1},
+        {"2147483648", INT32_MAX, -1}, {"-99999999999", INT32_MIN, -1},  {"0x80000000", INT32_MAX, 0},
+        {"yes", 0, 1},           {"True", 0, 1},   {"no", 0, 0},            {"F", 0, 0},
+        {"on", 0, -1},           {"off", 0, -1},   {"\"no\"", 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.value ? c.value : "(no key)");
+        const std::string path = write_file("n.ini", std::string("[N]\n") + (c.value ? std::string("n = ") + c.value + "\n" : ""));
+        EXPECT_EQ(ini_read_long("N", "n", -99, path.c_str()), c.number);
+        EXPECT_EQ(ini_read_bool("N", "n", -1, path.c_str()), c.flag);
+    }
+    // The string getter keeps to its buffer; unusable arguments write nothing at all.
+    const std::string path = write_file("s.ini", "[A]\nk=abcdef\nq=\"a\"\"b\"\"c\"\n");
     char buffer[8] = "intact";
-    EXPECT_EQ(ini_read_string("A", "k", "d", nullptr, 8, path.c_str()), 0);
     EXPECT_EQ(ini_read_string("A", "k", "d", buffer, 0, path.c_str()), 0);
-    EXPECT_EQ(ini_read_string("A", "k", "d", buffer, -5, path.c_str()), 0);
     EXPECT_EQ(ini_read_string("A", nullptr, "d", buffer, 8, path.c_str()), 0);
     EXPECT_STREQ(buffer, "intact");
+    EXPECT_EQ(ini_read_string("A", "k", "x", buffer, 4, path.c_str()), 3);
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_EQ(ini_read_string("A", "q", "x", buffer, 3, path.c_str()), 2);
+    EXPECT_STREQ(buffer, "a\"");
+    EXPECT_EQ(ini_read_string("A", "none", "defaults", buffer, 4, path.c_str()), 3);
+    EXPECT_STREQ(buffer, "def");
 }
 
-TEST_F(IniTest, LongGetter) {
-    struct Case {
-        const char* value; // nullptr: no such key
-        long expected;
-    } cases[] = {
-        {"12", 12},
-        {"0x10", 16},
-        {"0X10", 16},
-        {"12 ; twelve", 12},
-        {"-5", -5},
-        {"\"42\"", 42},
-        {"word", 0},
-        {"", -99},
-        {nullptr, -99},
-        {"2147483648", INT32_MAX},
-        {"99999999999999999999999", INT32_MAX},
-        {"-99999999999", INT32_MIN},
-        {"0x80000000", INT32_MAX},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.value ? c.value : "(no key)");
-        std::string file = "[N]\n";
-        if (c.value) file += std::string("n = ") + c.value + "\n";
-        std::string path = write_file("n.ini", file);
-        EXPECT_EQ(ini_read_long("N", "n", -99, path.c_str()), c.expected);
-    }
-    EXPECT_EQ(ini_read_long("N", nullptr, -99, write_file("n.ini", "[N]\nn=1\n").c_str()), -99);
-}
-
-TEST_F(IniTest, BoolGetterJudgesTheFirstLetter) {
-    struct Case {
-        const char* value;
-        int expected; // -1: the default
-    } cases[] = {
-        {"yes", 1}, {"Yes", 1},  {"true", 1},   {"T", 1}, {"1", 1},  {"10", 1},
-        {"no", 0},  {"NO", 0},   {"false", 0},  {"f", 0}, {"0", 0},  {"\"no\"", 0},
-        {"on", -1}, {"off", -1}, {"maybe", -1}, {"", -1}, {"2", -1}, {"; no", -1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.value);
-        std::string path = write_file("b.ini", std::string("[B]\nflag = ") + c.value + "\n");
-        EXPECT_EQ(ini_read_bool("B", "flag", -1, path.c_str()), c.expected);
-    }
-    std::string path = write_file("b.ini", "[B]\nflag = yes\n");
-    EXPECT_EQ(ini_read_bool("B", "other", -1, path.c_str()), -1);
-    EXPECT_EQ(ini_read_bool("B", nullptr, -1, path.c_str()), -1);
-}
-
-TEST_F(IniTest, MissingFileGivesDefaultsSilently) {
-    std::string path = dir + "/absent.ini";
-    char buffer[16];
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(ini_read_string("A", "k", "fallback", buffer, sizeof buffer, path.c_str()), 8);
-    EXPECT_STREQ(buffer, "fallback");
-    EXPECT_EQ(ini_read_long("A", "k", 42, path.c_str()), 42);
-    EXPECT_EQ(ini_read_bool("A", "k", 1, path.c_str()), 1);
-    EXPECT_EQ(ini_read_string("A", "k", "d", buffer, sizeof buffer, nullptr), 1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-// Every getter on a file it cannot make sense of returns its default or what the bytes spell.
-void expect_getters_survive(const std::string& path) {
+// Files that are no INI file: a missing one, a folder, a value far longer than any buffer.
+TEST_F(IniTest, MissingAndHostileFiles) {
     char buffer[100];
-    const char* sections[] = {"A", "", nullptr, "ENGINE"};
-    for (const char* section : sections) {
-        int length = ini_read_string(section, "k", "d", buffer, sizeof buffer, path.c_str());
-        EXPECT_EQ(length, int(std::strlen(buffer)));
-        EXPECT_LT(length, int(sizeof buffer));
-        long value = ini_read_long(section, "k", 5, path.c_str());
-        EXPECT_GE(value, INT32_MIN);
-        EXPECT_LE(value, INT32_MAX);
-        int flag = ini_read_bool(section, "k", 7, path.c_str());
-        EXPECT_TRUE(flag == 0 || flag == 1 || flag == 7);
+    for (const std::string& path : {dir + "/absent.ini", dir}) {
+        EXPECT_EQ(ini_read_string("A", "k", "fallback", buffer, sizeof buffer, path.c_str()), 8);
+        EXPECT_EQ(ini_read_long("", "k", 42, path.c_str()), 42);
+        EXPECT_EQ(ini_read_bool("A", "k", 1, path.c_str()), 1);
     }
-}
-
-TEST_F(IniTest, HostileFiles) {
-    std::mt19937 random(20240601);
-    std::string noise(256 * 1024, '\0');
-    for (char& c : noise)
-        c = char(random());
-    std::string noLineEnd(200 * 1024, '\0');
-    for (char& c : noLineEnd)
-        c = char(' ' + random() % 95); // printable, "[", "=" and quotes included
-
-    {
-        SCOPED_TRACE("random bytes, then a clean section");
-        std::string path = write_file("noise.ini", noise + "\n[A]\nk=3\n");
-        expect_getters_survive(path);
-        EXPECT_EQ(ini_read_long("A", "k", 0, path.c_str()), 3);
-    }
-    {
-        SCOPED_TRACE("200 KB on one line without a line end");
-        expect_getters_survive(write_file("long.ini", noLineEnd));
-    }
-    {
-        SCOPED_TRACE("200 KB value on one line, a key after it");
-        std::string path =
-            write_file("value.ini", "[A]\nk=" + std::string(200 * 1024, 'v') + "\nj=5\n");
-        char buffer[100];
-        EXPECT_EQ(ini_read_string("A", "k", "d", buffer, sizeof buffer, path.c_str()), 99);
-        EXPECT_EQ(ini_read_long("A", "j", 0, path.c_str()), 5);
-    }
-    {
-        SCOPED_TRACE("a directory");
-        expect_getters_survive(dir);
-        char buffer[8];
-        EXPECT_EQ(ini_read_string("A", "k", "d", buffer, sizeof buffer, dir.c_str()), 1);
-        EXPECT_EQ(ini_read_long("", "k", 5, dir.c_str()), 5);
-    }
-    {
-        SCOPED_TRACE("an empty file");
-        std::string path = write_file("empty.ini", "");
-        expect_getters_survive(path);
-        EXPECT_EQ(ini_read_long("", "k", 5, path.c_str()), 5);
-    }
-}
-
-TEST_F(IniTest, UnreadableFileGivesDefaults) {
-    if (geteuid() == 0) GTEST_SKIP() << "permissions do not stop the superuser from reading";
-    std::string path = write_file("locked.ini", "[A]\nk=1\n");
-    ASSERT_EQ(chmod(path.c_str(), 0), 0);
-    EXPECT_EQ(ini_read_long("A", "k", 9, path.c_str()), 9);
-    EXPECT_EQ(ini_read_bool("A", "k", 0, path.c_str()), 0);
-}
-
-TEST_F(IniTest, FindEntryByIndex) {
-    std::string path = write_file("idx.ini", "top=0\n[A]\nx=1\n;c=2\n  y : 2\nno separator\n[B]\n");
-    struct Case {
-        const char* section;
-        int idxSection, idxKey;
-        const char* expected; // nullptr: nothing found
-    } cases[] = {
-        {nullptr, 0, -1, "A"}, {nullptr, 1, -1, "B"}, {nullptr, 2, -1, nullptr},
-        {"a", -1, 0, "x"},     {"A", -1, 1, "y"},     {"A", -1, 2, nullptr},
-        {"", -1, 0, "top"},    {"B", -1, 0, nullptr},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message()
-                     << "section index " << c.idxSection << ", key index " << c.idxKey);
-        std::FILE* fp = std::fopen(path.c_str(), "rb");
-        ASSERT_NE(fp, nullptr);
-        char buffer[16] = "";
-        int found =
-            ini_find_entry(fp, c.section, nullptr, c.idxSection, c.idxKey, buffer, sizeof buffer);
-        std::fclose(fp);
-        EXPECT_EQ(found, c.expected != nullptr);
-        if (c.expected) {
-            EXPECT_STREQ(buffer, c.expected);
-        }
-    }
+    const std::string path = write_file("long.ini", "[A]\nk=" + std::string(200 * 1024, 'v') + "\nj=5\n");
+    EXPECT_EQ(ini_read_string("A", "k", "d", buffer, sizeof buffer, path.c_str()), 99);
+    EXPECT_EQ(ini_read_long("A", "j", 0, path.c_str()), 5);
 }
 
 TEST(IniText, CopyText) {
-    struct Case {
+    const struct {
         const char* source;
         int maxlen, mode;
         const char* expected;
     } cases[] = {
-        {"abc", 3, QUOTING_NONE, "ab"},
-        {"a\\\"b\"\"c", 10, QUOTING_REMOVE, "a\"b\"c"},
-        {"a\\\"b\"\"c", 3, QUOTING_REMOVE, "a\""},
-        {"a\"b", 10, QUOTING_ADD, "\"a\\\"b\""},
-        {"abc", 4, QUOTING_ADD, "\"a\""},
-        {"abc", 3, QUOTING_ADD, "\"\""},
-        {"abc", 2, QUOTING_ADD, "a"},
+        {"abc", 3, QUOTING_NONE, "ab"},           {"a\\\"b\"\"c", 10, QUOTING_REMOVE, "a\"b\"c"},
+        {"a\\\"b\"\"c", 3, QUOTING_REMOVE, "a\""}, {"a\"b", 10, QUOTING_ADD, "\"a\\\"b\""},
+        {"abc", 4, QUOTING_ADD, "\"a\""},          {"abc", 2, QUOTING_ADD, "a"},
         {"\"x", 4, QUOTING_ADD, "\"\""},
-        {"\"x", 5, QUOTING_ADD, "\"\\\"\""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.source << " into " << c.maxlen << ", mode " << c.mode);
         char dest[16];
         std::memset(dest, '#', sizeof dest);
@@ -290,7 +146,7 @@ TEST(IniText, CopyText) {
     }
 }
 
-// The death message must carry the assertion's text exactly; regex characters in it are escaped.
+// The death message carries the assertion's text exactly; regex characters in it are escaped.
 std::string failed_assertion(const std::string& text) {
     std::string pattern;
     for (char c : "Assertion `" + text + "' failed") {
@@ -316,6 +172,62 @@ TEST(IniDeathTest, BrokenPreconditionsStopWithTheirReason) {
     EXPECT_DEATH((void)ini_find_entry(fp, nullptr, nullptr, -1, -1, buffer, 8),
                  failed_assertion("Key != NULL || idxKey >= 0"));
     std::fclose(fp);
+}
+
+// Settings are globals: every test leaves the defaults behind, with no log open.
+class SettingsTest : public ScratchDir {
+  protected:
+    void TearDown() override {
+        load_settings((dir + "/absent.ini").c_str());
+        ScratchDir::TearDown();
+    }
+    void load(const std::string& content) { load_settings(write_file("quillfern.ini", content).c_str()); }
+};
+
+TEST_F(SettingsTest, NumbersAreClampedIntoTheirRanges) {
+    const struct {
+        const char* file;
+        std::int32_t* field;
+        std::int32_t expected;
+    } cases[] = {
+        {"[ENGINE]\nMaxDepth=1\n", &MaxDepth, 32},     {"[ENGINE]\nMaxDepth=33\n", &MaxDepth, 32},
+        {"[ENGINE]\nMaxDepth=2\n", &MaxDepth, 2},      {"[ENGINE]\nMaxDepth=deep\n", &MaxDepth, 32},
+        {"[TIME]\nSuddenDeath=41\n", &SuddenDeath, 20}, {"[TIME]\nSuddenDeath=40\n", &SuddenDeath, 40},
+        {"[TIME]\nMoreTime=4\n", &MoreTime, 5},        {"[TIME]\nLessTime=10\n", &LessTime, 10},
+        {"[TIME]\nFastGame=16\n", &FastGame, 5},       {"[ENGINE]\nMaxTime=abc\n", &moveTime, 0},
+        {"[ENGINE]\nMaxTime=250\n", &allocatedTime, 250},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        load(c.file);
+        EXPECT_EQ(*c.field, c.expected);
+    }
+    load("[BOOK]\nBookFile=" + std::string(120, 'b') + "\nRandBook = 0 ; first move only\n");
+    EXPECT_EQ(std::string(BookFile), std::string(99, 'b'));
+    EXPECT_EQ(RandBook, 0);
+}
+
+// The log is opened for appending; one that cannot be opened is reported and stops the load, so
+// the book and time settings keep the values they had.
+TEST_F(SettingsTest, TheGameLog) {
+    const std::string log = write_file("game.log", "earlier game\n");
+    load("[LOG]\nLogGame=yes\nLogFile=" + log + "\n");
+    ASSERT_NE(LogFileHandle, nullptr);
+    std::fputs("move e2e4\n", LogFileHandle);
+    load("[LOG]\nLogGame=0\n");
+    EXPECT_EQ(LogFileHandle, nullptr);
+    std::ifstream in(log);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "earlier game\nmove e2e4\n");
+
+    load("[BOOK]\nBookFile=first.bin\n[TIME]\nSuddenDeath=33\n");
+    const std::string missing = dir + "/missing/game.log";
+    testing::internal::CaptureStderr();
+    load("[ENGINE]\nMaxDepth=12\n[LOG]\nLogGame=T\nLogFile=" + missing +
+         "\n[BOOK]\nBookFile=second.bin\n[TIME]\nSuddenDeath=25\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), missing + ": " + std::strerror(ENOENT) + "\n");
+    EXPECT_EQ(MaxDepth, 12);
+    EXPECT_STREQ(BookFile, "first.bin");
+    EXPECT_EQ(SuddenDeath, 33);
 }
 
 } // namespace

@@ -1,17 +1,132 @@
-// Search: fixed-depth results pinned to their scores, node counts and lines; mate and draw
-// scores; the ordering updates; the time allocation; the deepening's output; game end.
-#include <gtest/gtest.h>
-
-#include <cstdio>
+// Evaluation and exchanges worked out by hand; the search's results pinned to their scores,
+// node counts and lines; draws, mates, the time budget and the clock.
 #include <cstring>
-#include <string>
 
-#include "movegen/movegen.h"
-#include "protocol/protocol.h"
+#include "eval/eval.h"
 #include "search/search.h"
 #include "shell/shell.h"
+#include "tests/support.h"
 
 namespace {
+
+// Every case is also checked with the other side to move, which must give the exact negative.
+TEST(Eval, HandWorkedPositions) {
+    const struct {
+        const char* fen;
+        int expected;
+        const char* why;
+    } cases[] = {
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 0, "start position"},
+        {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1", -14,
+         "the e-pawn moved from a square worth -2 to one worth 12, Black to move"},
+        {"4k3/8/8/8/3K4/8/8/8 w - - 0 1", 13, "n = 2: king d4 (2 * -5 + 30 * 15) >> 5 = 13"},
+        {"4k3/8/8/8/8/8/8/3Q2K1 w - - 0 1", 952,
+         "n = 3: queen d1 950 + 4, king g1 (3 * 30 + 29 * -5) = -55 >> 5 = -2"},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPP1/KNBQRBNR w - - 0 1", -105,
+         "n = 31: a pawn down, king a1 -155 >> 5 = -5, not -4"},
+        {"4k3/8/2P5/8/8/2p5/8/4K3 w - - 0 1", 0, "files are never mirrored"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + ": " + c.why);
+        set_up(c.fen);
+        const Position before = *CurrentPosition;
+        EXPECT_EQ(evaluate(), c.expected);
+        flip_position();
+        EXPECT_EQ(evaluate(), -c.expected);
+        flip_position();
+        EXPECT_EQ(std::memcmp(CurrentPosition, &before, sizeof before), 0);
+    }
+}
+
+// The tactical move of the side to move with the given text.
+Move tactical(const char* text) {
+    MoveList list;
+    generate_captures(list);
+    for (std::uint32_t i = 0; i < list.count; ++i)
+        if (text_of(list.entries[i].move) == text) return list.entries[i].move;
+    ADD_FAILURE() << "no tactical move " << text;
+    return 0;
+}
+
+TEST(See, HandWorkedExchanges) {
+    const struct {
+        const char* fen;
+        const char* move;
+        int expected;
+    } cases[] = {
+        {"4k3/8/8/3n4/8/8/8/3RK3 w - - 0 1", "d1d5", 300},           // undefended knight
+        {"6k1/8/2p5/3n4/4P3/8/8/6K1 w - - 0 1", "e4d5", 200},        // pawn takes back
+        {"6k1/8/8/4p3/3N4/2P5/8/6K1 b - - 0 1", "e5d4", 200},        // the same for Black
+        {"6k1/8/2p5/3p4/8/8/8/3QK3 w - - 0 1", "d1d5", -850},        // queen for a pawn
+        {"3q2k1/8/8/3n4/4P3/8/8/3R2K1 w - - 0 1", "e4d5", 1150},     // 300 - (100 - 950)
+        {"3r2k1/8/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", 300},      // the rook behind joins
+        {"3r2k1/3r4/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", -200},   // Black has the last word
+        {"6k1/8/4p3/3b4/8/2N5/8/6K1 w - - 0 1", "c3d5", 0},          // knight for bishop
+        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 1", "e5d6", -100},       // en passant gains 0 first
+        {"7r/1P6/8/8/8/8/8/k5K1 w - - 0 1", "b7b8q", -950},          // promotion onto the rook's
+        {"6k1/5p2/8/8/8/8/8/5RK1 w - - 0 1", "f1f7", -400},          // the king takes back
+        {"6k1/5p2/8/8/2B5/8/8/5RK1 w - - 0 1", "f1f7", 100},         // ...but not onto a held square
+        {"4r1k1/8/8/8/8/8/p3R3/4K3 w - - 0 1", "e2a2", 0},           // the pinned rook's capture
+        {"1k1r3r/p1p3pp/B2b1p2/B2R4/4p2P/P3P3/1PP3P1/6K1 b - - 0 23", "d6a3", -200}, // "see"
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + " " + c.move);
+        set_up(c.fen);
+        EXPECT_EQ(see(tactical(c.move)), c.expected);
+        EXPECT_EQ(CurrentPosition, &PositionStack[0]);
+    }
+    // "good": the bishop's capture on h7 loses it to the knight, the one on c4 wins a pawn.
+    set_up("r1bqkb1r/ppp2ppp/2n1pn2/8/2pP4/3BPN2/PP3PPP/RNBQK2R w KQkq - 0 6 ");
+    MoveList good{};
+    legal_good_captures(good);
+    ASSERT_EQ(good.count, 1u);
+    EXPECT_EQ(text_of(good.entries[0].move), "d3c4");
+    EXPECT_EQ(good.entries[0].score, 100);
+}
+
+// The exchange as it is defined: every tactical move of every step made to test its legality.
+int see_by_making(Move m) {
+    constexpr int values[7] = {0, 100, 300, 300, 500, 950, 10000};
+    const int gain          = values[piece_type_at(*CurrentPosition, move_to(m))];
+    make_move(m);
+    int result = 0;
+    if (!move_left_king_in_check()) {
+        MoveList all, legal{};
+        generate_captures(all);
+        for (std::uint32_t i = all.count; i-- > 0;) {
+            make_move(all.entries[i].move);
+            if (!move_left_king_in_check()) legal.entries[legal.count++] = all.entries[i];
+            take_back();
+        }
+        const MoveEntry* best = nullptr;
+        for (std::uint32_t i = legal.count; i-- > 0;)
+            if (move_to(legal.entries[i].move) == (move_to(m) ^ 56) &&
+                (!best || legal.entries[i].score > best->score))
+                best = &legal.entries[i];
+        result = gain - (best ? see_by_making(best->move) : 0);
+    }
+    take_back();
+    return result;
+}
+
+// The exchanges count their trials without making them; every value and node count must be what
+// making them all gives.
+TEST(See, ValuesAndNodesAsIfEveryTrialWereMade) {
+    for_each_random_position(5, 3, 60, [&](const std::string& where) {
+        SCOPED_TRACE(where);
+        MoveList all;
+        generate_captures(all);
+        for (std::uint32_t i = 0; i < all.count; ++i) {
+            const Move m       = all.entries[i].move;
+            IterationNodeCount = 0;
+            const int slow     = see_by_making(m);
+            const std::uint32_t slow_nodes = IterationNodeCount;
+            IterationNodeCount = 0;
+            ASSERT_EQ(see(m), slow) << text_of(m);
+            ASSERT_EQ(IterationNodeCount, slow_nodes) << text_of(m);
+        }
+    });
+}
 
 struct SearchResult {
     int score;
@@ -21,10 +136,9 @@ struct SearchResult {
 
 // Deepens from two plies as the engine does, without a clock.
 SearchResult deepen(const char* fen, int depth) {
-    new_game();
-    EXPECT_EQ(read_fen(fen), 1);
+    set_up(fen);
     moveTime = allocatedTime = 2147483647;
-    SearchStartTime = clock_ms();
+    SearchStartTime          = clock_ms();
     clear_history();
     int score = 0;
     for (int d = 2; d <= depth; ++d) {
@@ -38,45 +152,20 @@ SearchResult deepen(const char* fen, int depth) {
     return {score, IterationNodeCount, testing::internal::GetCapturedStdout()};
 }
 
-class SearchTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        new_game();
-        clear_killers();
-        clear_history();
-        saved_[0] = moveTime, saved_[1] = allocatedTime, saved_[2] = engineTime;
-        saved_[3] = opponentTime, saved_[4] = increment, saved_[5] = MaxDepth;
-        saved_[6] = PostThinking, saved_[7] = SuddenDeath;
-    }
-    void TearDown() override {
-        moveTime = saved_[0], allocatedTime = saved_[1], engineTime = saved_[2];
-        opponentTime = saved_[3], increment = saved_[4], MaxDepth = saved_[5];
-        PostThinking = saved_[6], SuddenDeath = saved_[7];
-        SearchStopped = 0;
-        new_game();
-    }
-    std::int32_t saved_[8];
-};
-
 const char* const Start = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
-} // namespace
-
 // The numbers depend on every ordering detail and count every move made, illegal tries and
-// exchange trials included. The two bare-king cases are worked out by hand: from a1 the king's
-// moves are tried b2, a2, b1 (the quiet list from its end); after Kb2 every Black reply is
-// searched (Kh7 5, Kg7 0, Kg8 -7 from White's side, so Kg7 stands), and after Ka2 and Kb1 the
-// first reply, Kh7, already refutes: 3 + 3 + 1 + 1 = 8 moves.
-TEST_F(SearchTest, PinnedFixedDepthResults) {
-    struct Case {
+// exchange trials included. The bare kings at depth 2 are worked by hand: the king's moves are
+// tried b2, a2, b1 (the quiet list from its end); after Kb2 every reply is searched (Kh7 5,
+// Kg7 0, Kg8 -7 for White), after Ka2 and Kb1 the first, Kh7, refutes: 3 + 3 + 1 + 1 = 8.
+TEST(Search, PinnedFixedDepthResults) {
+    const struct {
         const char* fen;
         int depth;
         SearchResult expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {Start, 2, {0, 95, "1. g1f3 g8f6 \n"}},
         {Start, 3, {20, 699, "1. g1f3 g8f6 2. b1c3 \n"}},
-        {Start, 4, {0, 2895, "1. d2d4 d7d5 2. g1f3 g8f6 \n"}},
         {Start, 5, {20, 18488, "1. g1f3 g8f6 2. d2d4 d7d5 3. b1c3 \n"}},
         {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 4,
          {62, 419588, "1. d5e6 a6e2 2. e6f7 e8f8 \n"}},
@@ -85,7 +174,7 @@ TEST_F(SearchTest, PinnedFixedDepthResults) {
         {"7k/8/8/8/8/8/8/K7 w - - 0 1", 2, {0, 8, "1. a1b2 h8g7 \n"}},
         {"8/8/8/8/8/8/6k1/K7 b - - 0 1", 3, {9, 82, "1. .. g2f3 2. a1b2 f3e4 \n"}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.fen) + " depth " + std::to_string(c.depth));
         SearchResult r = deepen(c.fen, c.depth);
         EXPECT_EQ(r.score, c.expected.score);
@@ -95,234 +184,75 @@ TEST_F(SearchTest, PinnedFixedDepthResults) {
     }
 }
 
-TEST_F(SearchTest, DrawsAndMatesWhateverTheBounds) {
-    struct Case {
+TEST(Search, DrawsAndMatesWhateverTheBounds) {
+    const struct {
         const char* fen;
         std::uint32_t depth;
         int alpha, beta, score;
+    } cases[] = {
+        {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 3, 100, 200, 0},        // stalemate
+        {"7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", 2, 100, 200, -30000},   // mated at the root
+        {"7k/6Q1/6K1/8/8/8/8/8 b - - 100 1", 2, -5, 5, -30000},    // mate beats the fifty moves
+        {"7k/8/6K1/8/8/8/8/6Q1 b - - 100 1", 2, -5, 5, 0},         // not in check: drawn
+        {"7k/8/6K1/8/8/8/8/6Q1 w - - 100 1", 0, -5, 5, 0},         // also at depth 0
     };
-    const Case cases[] = {
-        {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 3, 100, 200, 0},          // stalemate
-        {"7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", 2, 100, 200, -30000},     // mated at the root
-        {"7k/6Q1/6K1/8/8/8/8/8 b - - 100 1", 2, -5, 5, -30000},      // mate beats the fifty moves
-        {"7k/8/6K1/8/8/8/8/6Q1 b - - 100 1", 2, -5, 5, 0},           // not in check: drawn
-        {"7k/8/6K1/8/8/8/8/6Q1 w - - 100 1", 0, -5, 5, 0},           // also at depth 0
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.fen);
-        new_game();
-        ASSERT_EQ(read_fen(c.fen), 1);
+        set_up(c.fen);
         moveTime = allocatedTime = 2147483647;
-        SearchStartTime = clock_ms();
+        SearchStartTime          = clock_ms();
         PrincipalVariation line;
         EXPECT_EQ(search(c.depth, c.alpha, c.beta, line, MateScore), c.score);
         EXPECT_EQ(line.length, 0);
     }
-    // A third occurrence, or more than 100 half-moves, ends the search at once.
+    // A third occurrence ends the search at once, before a single move.
     new_game();
     for (const char* m : {"g1f3", "g8f6", "f3g1", "f6g8", "g1f3", "g8f6", "f3g1", "f6g8"})
         ASSERT_EQ(enter_user_move(m), 1);
-    ASSERT_EQ(CurrentPosition->repetitions, 2);
     IterationNodeCount = 0;
     PrincipalVariation line;
     EXPECT_EQ(search(4, -Infinity, Infinity, line, MateScore), 0);
     EXPECT_EQ(IterationNodeCount, 0u);
-    CurrentPosition->repetitions     = 0;
-    CurrentPosition->reversibleCount = 101;
-    EXPECT_EQ(search(4, -Infinity, Infinity, line, MateScore), 0);
-    EXPECT_EQ(IterationNodeCount, 0u);
 }
 
-TEST_F(SearchTest, OnlyQuietFailHighsTeachTheOrdering) {
-    moveTime = allocatedTime = 2147483647;
-    SearchStartTime = clock_ms();
-    PrincipalVariation line;
-    // From the start the first move tried is h2h4, and with beta below every score it fails
-    // high at once: 3 x 3 goes to its history counter and it becomes the first killer.
-    EXPECT_EQ(search(3, -Infinity, -Infinity + 1, line, MateScore), -Infinity + 1);
-    Move h2h4 = make_move_word(PawnPush, 15, 31);
-    EXPECT_EQ(HistoryTable[15][31], 9);
-    EXPECT_EQ(KillerMoves[3][0], h2h4);
-    // A capture that fails high (here at depth 1, whose children only stand pat) changes
-    // neither table.
-    clear_history();
-    clear_killers();
-    ASSERT_EQ(read_fen("4k3/8/8/3p4/4P3/8/8/4K3 w - - 0 1"), 1);
-    EXPECT_EQ(search(1, -Infinity, -Infinity + 1, line, MateScore), -Infinity + 1);
-    for (int from = 0; from < 64; ++from)
-        for (int to = 0; to < 64; ++to) ASSERT_EQ(HistoryTable[from][to], 0);
-    EXPECT_EQ(KillerMoves[1][0], 0u);
-}
-
-TEST_F(SearchTest, TimeAllocation) {
-    struct Case {
-        int engine, opponent, inc, moves, allocated;
+TEST(Search, TimeAllocation) {
+    const struct {
+        int engine, opponent, inc, allocated;
+    } cases[] = {
+        {360000, 0, 0, 24000}, // 15 moves
+        {6000, 6000, 0, 240},  // 25
+        {5000, 9000, 300, 500}, // 25, and the increment is spare
+        {700, 700, 300, 35},   // 20, and it is not
     };
-    const Case cases[] = {
-        {360000, 0, 0, 15, 24000},
-        {6000, 6000, 0, 25, 240},
-        {5000, 9000, 300, 25, 500},
-        {700, 700, 300, 20, 35},
-        {9000, 3000, 0, 15, 600},
-    };
+    const std::int32_t saved[] = {engineTime, opponentTime, increment, SuddenDeath, allocatedTime};
     SuddenDeath = 20;
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.engine);
         engineTime = c.engine, opponentTime = c.opponent, increment = c.inc;
         testing::internal::CaptureStdout();
         allocate_time();
-        std::string out = testing::internal::GetCapturedStdout();
-        EXPECT_EQ(allocatedTime, c.allocated);
-        EXPECT_EQ(out, "#DEBUG move speed: " + std::to_string(c.moves) +
-                           "  allocated time: " + std::to_string(c.allocated) + "\n");
-    }
-}
-
-TEST_F(SearchTest, ThinkPrintsMatesAndPlaysTheMove) {
-    struct Case {
-        const char* fen;
-        const char* output_tail; // after the allocation line
-        const char* move;
-    };
-    const Case cases[] = {
-        {"6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1", "Mate in 1 \nmove d1d8 \n", "d1d8 "},
-        {"k7/8/2K5/8/8/8/8/7R w - - 0 1", "Mate in 2 \nmove c6c7 \n", "c6c7 "},
-        {"7k/8/6K1/8/8/8/8/1Q6 b - - 0 1", "Mated to 1 \nmove h8g8 \n", "h8g8 "},
-    };
-    engineTime = 360000, opponentTime = 0, increment = 0, moveTime = 360000;
-    MaxDepth = 6;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.fen);
-        new_game();
-        ASSERT_EQ(read_fen(c.fen), 1);
-        char text[LineSize];
-        SearchStartTime = clock_ms();
-        testing::internal::CaptureStdout();
-        think(text);
-        std::string out = testing::internal::GetCapturedStdout();
-        // The allocation line first; the mate message and the move last (thinking lines of
-        // the iterations before the mate may stand between).
-        EXPECT_EQ(out.rfind("#DEBUG move speed: 15  allocated time: 24000\n", 0), 0u) << out;
-        ASSERT_GE(out.size(), std::strlen(c.output_tail));
-        EXPECT_EQ(out.substr(out.size() - std::strlen(c.output_tail)), c.output_tail) << out;
-        EXPECT_STREQ(text, c.move);
-        EXPECT_EQ(CurrentPosition, &PositionStack[1]);
-    }
-}
-
-TEST_F(SearchTest, ThinkingLinesAndTheirShape) {
-    new_game();
-    PostThinking = 1, MaxDepth = 3;
-    engineTime = 360000, opponentTime = 0, increment = 0, moveTime = 360000;
-    char text[LineSize];
-    SearchStartTime = clock_ms();
-    testing::internal::CaptureStdout();
-    think(text);
-    std::string out = testing::internal::GetCapturedStdout();
-    char depth2[64], depth3[64];
-    int t2 = -1, t3 = -1;
-    ASSERT_EQ(std::sscanf(out.c_str(),
-                          "#DEBUG move speed: 15  allocated time: 24000\n"
-                          " 2      0 %6d         95 %63[^\n]\n"
-                          " 3     20 %6d        699 %63[^\n]\n",
-                          &t2, depth2, &t3, depth3),
-              4)
-        << out;
-    EXPECT_STREQ(depth2, "1. g1f3 g8f6 ");
-    EXPECT_STREQ(depth3, "1. g1f3 g8f6 2. b1c3 ");
-    EXPECT_NE(out.find("\nmove g1f3 \n"), std::string::npos);
-    // With thinking off only the allocation line and the move are printed.
-    new_game();
-    PostThinking = 0;
-    SearchStartTime = clock_ms();
-    testing::internal::CaptureStdout();
-    think(text);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "#DEBUG move speed: 15  allocated time: 24000\nmove g1f3 \n");
-}
-
-TEST_F(SearchTest, LinesLongerThanTheStoredMovesAndPromotions) {
-    new_game();
-    RootVariation.length = 15;
-    const char* moves[] = {"g1f3", "g8f6", "f3g1", "f6g8", "g1f3", "g8f6",
-                           "f3g1", "f6g8", "b1c3", "b8c6", "c3b1", "c6b8"};
-    for (int i = 0; i < 12; ++i) {
-        Square from = (moves[i][0] - 'a') + 8 * (moves[i][1] - '1');
-        Square to   = (moves[i][2] - 'a') + 8 * (moves[i][3] - '1');
-        if (i % 2) from ^= 56, to ^= 56;
-        RootVariation.moves[i] = make_move_word(KnightMove, from, to);
-    }
-    testing::internal::CaptureStdout();
-    print_line();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "1. g1f3 g8f6 2. f3g1 f6g8 3. g1f3 g8f6 4. f3g1 f6g8 5. b1c3 b8c6 6. c3b1 c6b8 \n");
-    ASSERT_EQ(read_fen("3k4/4P3/8/8/8/8/3p4/4K3 b - - 0 1"), 1);
-    RootVariation.length   = 2;
-    RootVariation.moves[0] = make_move_word(Promotion, 51, 59, Queen); // d2d1 from Black's side
-    RootVariation.moves[1] = make_move_word(Promotion, 52, 60, Knight);
-    testing::internal::CaptureStdout();
-    print_line();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1. .. d2d1q 2. e7e8n \n");
-}
-
-TEST_F(SearchTest, AStoppedSearchStillPlaysALegalMove) {
-    for (const char* fen : {Start, "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1"}) {
-        SCOPED_TRACE(fen);
-        new_game();
-        ASSERT_EQ(read_fen(fen), 1);
-        moveTime = 0;
-        MaxDepth = 32;
-        char text[LineSize];
-        SearchStartTime = clock_ms() - 50; // already past the limit
-        testing::internal::CaptureStdout();
-        think(text);
         testing::internal::GetCapturedStdout();
-        ASSERT_EQ(CurrentPosition, &PositionStack[1]);
-        take_back();
-        ASSERT_EQ(enter_user_move(text[4] == ' ' ? std::string(text, 4).c_str() : text), 1) << text;
+        EXPECT_EQ(allocatedTime, c.allocated);
     }
-    // A root already drawn by repetition gives no line; the first legal move is played.
-    new_game();
-    for (const char* m : {"g1f3", "g8f6", "f3g1", "f6g8", "g1f3", "g8f6", "f3g1", "f6g8"})
-        ASSERT_EQ(enter_user_move(m), 1);
-    moveTime = 360000, MaxDepth = 4;
+    engineTime = saved[0], opponentTime = saved[1], increment = saved[2], SuddenDeath = saved[3];
+    allocatedTime = saved[4];
+}
+
+// A position set up with many queens makes a capture tree no budget covers: the clock, read in
+// the quiescence search too, still stops the search, and a move is played all the same.
+TEST(Search, ContrivedCapturesObeyTheClock) {
+    set_up("QQQQQQQQ/QQQQQQQQ/8/8/8/8/qqqqqqqq/qqqqqqqk w - - 0 1");
+    const std::int32_t saved[] = {moveTime, allocatedTime, MaxDepth};
+    moveTime = allocatedTime = 20;
+    MaxDepth                 = 2;
+    SearchStartTime          = clock_ms();
     char text[LineSize];
-    SearchStartTime = clock_ms();
     testing::internal::CaptureStdout();
     think(text);
     testing::internal::GetCapturedStdout();
-    EXPECT_STREQ(text, "h2h4 ");
+    EXPECT_EQ(SearchStopped, 1);
+    EXPECT_EQ(stack_index(), 1);
+    moveTime = saved[0], allocatedTime = saved[1], MaxDepth = saved[2];
 }
 
-TEST_F(SearchTest, AnalysisStopsOnExitOrEndOfInput) {
-    std::FILE* input = std::tmpfile();
-    std::fputs("exit \nEXIT\nexit\nnever read\n", input);
-    std::rewind(input);
-    InputStream = input;
-    new_game();
-    PostThinking = 1, MaxDepth = 32;
-    moveTime = allocatedTime = 360000;
-    SearchStopped = 0, EngineColor = 1;
-    SearchStartTime = clock_ms();
-    testing::internal::CaptureStdout();
-    analyze(MaxDepth);
-    std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("\n 4 "), std::string::npos) << out; // three lines read: depths 2, 3, 4
-    EXPECT_EQ(out.find("\n 5 "), std::string::npos) << out;
-    EXPECT_NE(out.find("#DEBUG exit da polling\n"), std::string::npos);
-    EXPECT_EQ(EngineColor, 'c');
-    EXPECT_EQ(SearchStopped, 1);
-    char rest[LineSize];
-    ASSERT_EQ(read_line(rest), 1);
-    EXPECT_STREQ(rest, "never read");
-    // At the end of input the analysis stops after the iteration in progress.
-    SearchStopped = 0;
-    testing::internal::CaptureStdout();
-    analyze(MaxDepth);
-    out = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(SearchStopped, 1);
-    EXPECT_EQ(out.find("\n 3 "), std::string::npos) << out;
-    InputStream = stdin;
-    std::fclose(input);
-    EXPECT_EQ(CurrentPosition, &PositionStack[0]);
-}
+} // namespace

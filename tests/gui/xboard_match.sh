@@ -4,7 +4,7 @@
 # regular result, and quillfern never loses by an illegal move, a crash or its clock, and never
 # says "Error" about a command it should have understood.
 #
-# usage: xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
+# usage: [TC=M:SS] xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
 # With a book file the engine opens from it (a random book move each time), else it searches
 # from the first move.
 # Exits 77 (skipped) when xboard, xvfb-run (with xauth) or an opponent is not installed.
@@ -13,6 +13,7 @@ ENGINE=$1
 WORK=$2
 GAMES=${3:-2}
 BOOK=${4:-}
+TC=${TC:-0:20} # the time for 40 moves, minutes:seconds
 PATH=$PATH:/usr/games
 export LC_ALL=C
 
@@ -54,13 +55,13 @@ fail() {
     exit 1
 }
 
-# 40 moves in 20 seconds: xboard sends "level 40 0:20 0", the minutes:seconds form. A game
-# that drags on is called a draw after 100 moves, so the run stays short.
+# 40 moves in TC: xboard sends "level 40 0:20 0", the minutes:seconds form. A game that drags on
+# is called a draw after 100 moves, so the run stays short.
 HOME=$WORK/home timeout -k 10 600 xvfb-run -a xboard -noGUI \
     -fcp "$ENGINE" -fd "$WORK/engine" \
     -scp "$OPPONENT" -sd "$WORK/opponent" "$@" \
     -matchGames "$GAMES" -xexit \
-    -mps 40 -tc 0:20 \
+    -mps 40 -tc "$TC" \
     -autoCallFlag true -adjudicateDrawMoves 100 \
     -saveGameFile "$WORK/games.pgn" \
     -debug -nameOfDebugFile "$WORK/debug.txt" -engineDebugOutput 1 \
@@ -69,7 +70,7 @@ status=$?
 [ "$status" -eq 124 ] && fail "the match did not end within 600 seconds"
 [ "$status" -eq 0 ] || fail "xboard ended with status $status"
 [ -s "$WORK/games.pgn" ] || fail "no game was saved"
-grep -q '^[0-9]* >first : level 40 0:20 0$' "$WORK/debug.txt" ||
+grep -q "^[0-9]* >first : level 40 $TC 0\$" "$WORK/debug.txt" ||
     fail "xboard never sent the time control as minutes:seconds"
 
 # Every game has a regular result, and none goes against quillfern for a reason other than
