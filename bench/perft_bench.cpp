@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "front/front.h"
 #include "movegen/movegen.h"
 
 int main(int argc, char** argv) {

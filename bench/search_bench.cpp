@@ -7,7 +7,6 @@
 
 #include "movegen/movegen.h"
 #include "search/search.h"
-#include "shell/shell.h"
 
 namespace {
 
@@ -27,20 +26,17 @@ const char* const Positions[] = {
 int main(int argc, char** argv) {
     int depth = argc > 1 ? std::atoi(argv[1]) : 6;
     if (depth < 2 || depth > MaxPly) depth = 6;
-    moveTime = allocatedTime = 2147483647;
-    SearchStartTime = clock_ms();
+    const SearchLimits unlimited{depth, INT32_MAX, INT32_MAX, clock_ms(), false};
     std::uint64_t total = 0;
     auto start = std::chrono::steady_clock::now();
     for (const char* fen : Positions) {
         new_game();
         if (!read_fen(fen)) return 1;
-        clear_history();
+        start_search(unlimited, SearchHooks{});
         std::uint64_t nodes = 0;
         int score = 0;
         for (int d = 2; d <= depth; ++d) {
-            SearchStopped = 0;
-            clear_killers();
-            IterationNodeCount = 0;
+            start_iteration();
             score = search(std::uint32_t(d), -Infinity, Infinity, RootVariation, MateScore);
             nodes += IterationNodeCount;
         }

@@ -1,5 +1,5 @@
 // Position and rules: the position record and its stack, FEN, attacks and check, making moves,
-// move words and move text, user moves, combined and legal move lists.
+// move words, move lists and move text.
 #pragma once
 
 #include <array>
@@ -125,6 +125,8 @@ constexpr int piece_type_at(const Position& p, Square sq) {
 // Position stack.
 void new_game();
 void flip_position();
+// The same change of view applied to a copy of a record.
+Position flipped(const Position& p);
 // Steps CurrentPosition back one record (never below record 0).
 inline void take_back() {
     if (CurrentPosition > &PositionStack[0]) --CurrentPosition;
@@ -263,9 +265,3 @@ void move_to_text_for(char* text, Move m, int blackToMove);
 void clear_move_list(MoveList& list);
 Move pick_best_move(MoveList& list);
 
-// User moves, combined and legal lists.
-constexpr int MaxGameMoves = MoveListSize + QuietListSize; // both generators' lists at their fullest
-[[nodiscard]] int enter_user_move(const char* text);
-void generate_moves(Move* moves, int& count);
-Move first_legal_move(); // in generate_moves order; 0 when there is none
-void legal_captures(MoveList& list);

@@ -13,16 +13,19 @@ void new_game() {
                                 0x9900000000000099ull, 0x33, 8, 0, 0, 0};
 }
 
-// Mirrors the record into the other side's view; two flips restore it exactly.
-void flip_position() {
-    Position& p = *CurrentPosition;
-    p.ownPieces   = mirror(opponent_pieces(p));
-    p.typeBit0    = mirror(p.typeBit0);
-    p.typeBit1    = mirror(p.typeBit1);
-    p.typeBit2    = mirror(p.typeBit2);
-    p.castling    = std::uint8_t((p.castling >> 4) | (p.castling << 4));
-    p.blackToMove = 1 - p.blackToMove;
+// The record in the other side's view; two changes of view restore it exactly.
+Position flipped(const Position& p) {
+    Position q    = p;
+    q.ownPieces   = mirror(opponent_pieces(p));
+    q.typeBit0    = mirror(p.typeBit0);
+    q.typeBit1    = mirror(p.typeBit1);
+    q.typeBit2    = mirror(p.typeBit2);
+    q.castling    = std::uint8_t((p.castling >> 4) | (p.castling << 4));
+    q.blackToMove = 1 - p.blackToMove;
+    return q;
 }
+
+void flip_position() { *CurrentPosition = flipped(*CurrentPosition); }
 
 int stack_index() { return int(CurrentPosition - &PositionStack[0]); }
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "board/board.h"
+
 // One 16-byte entry of the book file, stored big-endian in this order.
 struct BookEntry {
     std::uint64_t key;
@@ -25,7 +27,19 @@ std::uint64_t book_key();
 std::int32_t find_book_key(std::FILE* file, std::uint64_t key, BookEntry& entry);
 // Writes the 4- or 5-character coordinate text of a book move into a buffer of 6 bytes.
 void book_move_to_text(char* text, std::uint16_t move);
-// Lists the book moves of the position on the board with their shares; 0 when listed.
-int show_book_moves(const char* file_name);
-// Writes a book move of the position on the board into a buffer of 6 bytes; 0 when one is found.
-[[nodiscard]] int choose_book_move(const char* file_name, char* text);
+// What a probe of the book found for the position on the board.
+enum BookResult { BookFound = 0, BookNotOpened, BookNoSuchKey, BookTooManyMoves };
+struct BookProbe {
+    BookResult result;
+    int error; // why the file could not be opened (an errno value)
+};
+// The entries of the position's key in file order, and the key.
+struct BookListing {
+    std::uint64_t key;
+    int count;
+    BookEntry entries[MaxBookMoves];
+};
+BookProbe collect_book_moves(const char* file_name, BookListing& listing);
+// Writes a book move of the position on the board into a buffer of 6 bytes: a random one when
+// rand_book is not 0 (the weights play no part), else the first one in the file.
+BookProbe choose_book_move(const char* file_name, int rand_book, char* text);

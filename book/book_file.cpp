@@ -2,71 +2,22 @@
 // moves of the position on the board, listing them and choosing one to play.
 #include "book/book.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 
-#include "board/board.h"
-#include "protocol/protocol.h"
-#include "shell/shell.h"
-
 namespace {
 
 constexpr long EntrySize = 16;
 
-enum CollectResult { Collected, CannotOpen, NotInBook, TooManyMoves };
-
-struct BookMoves {
-    int count;
-    BookEntry entries[MaxBookMoves];
-};
-
 // Reads bytes big-endian (most significant first) into a number of the given width.
 std::uint64_t big_endian(const unsigned char* bytes, int width) {
     std::uint64_t value = 0;
-    for (int i = 0; i < width; ++i)
-        value = (value << 8) | bytes[i];
+    for (int i = 0; i < width; ++i) value = (value << 8) | bytes[i];
     return value;
 }
-
-// Gathers the entries of the key in file order; the file is open only inside this call.
-// A read error on the first byte (a directory, say) is reported like a file that does not open.
-CollectResult collect_book_moves(const char* file_name, std::uint64_t key, BookMoves& moves) {
-    moves.count     = 0;
-    std::FILE* file = std::fopen(file_name, "rb");
-    if (!file) {
-        std::perror(file_name);
-        return CannotOpen;
-    }
-    if (std::getc(file) == EOF && std::ferror(file)) {
-        std::perror(file_name);
-        std::fclose(file);
-        return CannotOpen;
-    }
-
-    BookEntry entry;
-    const std::int32_t first = find_book_key(file, key, entry);
-    if (entry.key != key) {
-        std::fclose(file);
-        return NotInBook;
-    }
-    moves.entries[moves.count++] = entry;
-    CollectResult result         = Collected;
-    if (std::fseek(file, (long(first) + 1) * EntrySize, SEEK_SET) == 0) {
-        while (read_book_entry(file, entry) == 0 && entry.key == key) {
-            if (moves.count == MaxBookMoves) {
-                result = TooManyMoves;
-                break;
-            }
-            moves.entries[moves.count++] = entry;
-        }
-    }
-    std::fclose(file);
-    return result;
-}
-
-constexpr const char* BookThinkingLine = "0 0 0 0 (move from book)\n";
 
 } // namespace
 
@@ -134,61 +85,51 @@ void book_move_to_text(char* text, std::uint16_t move) {
         if (std::strcmp(text, castle[0]) == 0) std::strcpy(text, castle[1]);
 }
 
-// When every weight is 0 the moves are shown as equal shares.
-int show_book_moves(const char* file_name) {
-    const std::uint64_t key = book_key();
-    BookMoves moves;
-    switch (collect_book_moves(file_name, key, moves)) {
-    case CannotOpen:
-        return 1;
-    case NotInBook:
-        std::printf("%016llx: No such key\n", static_cast<unsigned long long>(key));
-        return 1;
-    case TooManyMoves:
-        std::printf("Too many moves in this position (max=%d)\n", MaxBookMoves);
-        return 1;
-    case Collected:
-        break;
+// Gathers the entries of the position's key in file order; the file is open only inside this
+// call. A read error on the first byte (a directory, say) counts as a file that does not open.
+BookProbe collect_book_moves(const char* file_name, BookListing& listing) {
+    listing.key     = book_key();
+    listing.count   = 0;
+    std::FILE* file = std::fopen(file_name, "rb");
+    if (!file) return {BookNotOpened, errno};
+    if (std::getc(file) == EOF && std::ferror(file)) {
+        const int error = errno;
+        std::fclose(file);
+        return {BookNotOpened, error};
     }
 
-    long total = 0;
-    for (int i = 0; i < moves.count; ++i)
-        total += moves.entries[i].weight;
-    for (int i = 0; i < moves.count; ++i) {
-        char text[6];
-        book_move_to_text(text, moves.entries[i].move);
-        const double share = total > 0 ? double(moves.entries[i].weight) / double(total) * 100.0
-                                       : 100.0 / moves.count;
-        std::printf("move=%s weight=%5.2f%%\n", text, share);
+    BookEntry entry;
+    const std::int32_t first = find_book_key(file, listing.key, entry);
+    BookResult result        = BookFound;
+    if (entry.key != listing.key) {
+        result = BookNoSuchKey;
+    } else {
+        listing.entries[listing.count++] = entry;
+        if (std::fseek(file, (long(first) + 1) * EntrySize, SEEK_SET) == 0) {
+            while (read_book_entry(file, entry) == 0 && entry.key == listing.key) {
+                if (listing.count == MaxBookMoves) {
+                    result = BookTooManyMoves;
+                    break;
+                }
+                listing.entries[listing.count++] = entry;
+            }
+        }
     }
-    return 0;
+    std::fclose(file);
+    return {result, 0};
 }
 
-// The weights play no part in the choice: a random pick makes every book move equally likely,
-// otherwise the first entry of the position in the file is played.
-int choose_book_move(const char* file_name, char* text) {
-    BookMoves moves;
-    switch (collect_book_moves(file_name, book_key(), moves)) {
-    case CannotOpen:
-    case NotInBook:
-        return 1;
-    case TooManyMoves:
-        std::printf("#DEBUG: Too many moves in this position (max=%d)\n", MaxBookMoves);
-        return 1;
-    case Collected:
-        break;
-    }
-
-    if (PostThinking == 1) {
-        std::fputs(BookThinkingLine, stdout);
-        std::fflush(stdout);
-        log_printf("%s", BookThinkingLine);
-    }
+// A random choice makes every book move equally likely: the generator is seeded with the
+// calendar second, and one draw modulo the number of moves picks the entry.
+BookProbe choose_book_move(const char* file_name, int rand_book, char* text) {
+    BookListing listing;
+    const BookProbe probe = collect_book_moves(file_name, listing);
+    if (probe.result != BookFound) return probe;
     int index = 0;
-    if (RandBook != 0) {
+    if (rand_book != 0) {
         std::srand(static_cast<unsigned>(std::time(nullptr)));
-        index = std::rand() % moves.count;
+        index = std::rand() % listing.count;
     }
-    book_move_to_text(text, moves.entries[index].move);
-    return 0;
+    book_move_to_text(text, listing.entries[index].move);
+    return probe;
 }

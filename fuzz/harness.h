@@ -13,9 +13,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "board/board.h"
-#include "protocol/protocol.h"
-#include "search/search.h"
+#include "front/front.h"
+#include "movegen/movegen.h"
 #include "shell/shell.h"
 
 // Every search is held to this depth and time, so an input runs in milliseconds; the book
@@ -65,14 +64,12 @@ inline void reset_engine() {
     GameOver      = 0;
     EngineColor   = 'c';
     QuitRequested = 0;
-    SearchStopped = 0;
     load_settings("quillfern.ini");
     new_game();
 }
 
-// Gives a search on the current position its whole budget from now on.
+// Gives the engine's next move its whole budget from now on.
 inline void start_clock() {
-    SearchStopped   = 0;
     SearchStartTime = clock_ms();
     moveTime = allocatedTime = FuzzMoveTime;
 }

@@ -120,8 +120,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     load_settings("fuzz.ini");
     FUZZ_CHECK(MaxDepth >= 2 && MaxDepth <= 32 && SuddenDeath >= 20 && SuddenDeath <= 40);
     FUZZ_CHECK(std::memchr(LogFile, '\0', sizeof LogFile) && std::memchr(BookFile, '\0', sizeof BookFile));
-    show_params();
-    allocate_time(); // divides by a count derived from SuddenDeath
+    (void)allocate_time(engineTime, opponentTime, increment, SuddenDeath); // divides by a count
+                                                                           // derived from it
     if (LogFileHandle) {
         std::fclose(LogFileHandle);
         LogFileHandle = nullptr;
@@ -159,11 +159,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     for (const char* move : {"", "e2e4", "e7e5", "g1f3"}) {
         if (*move && enter_user_move(move) != 1) break;
-        (void)show_book_moves("fuzz.bin");
+        BookListing listing;
+        const BookProbe probe = collect_book_moves("fuzz.bin", listing);
+        FUZZ_CHECK(probe.result != BookFound || (listing.count >= 1 && listing.count <= MaxBookMoves));
         for (int random : {0, 1}) {
-            RandBook     = random;
             char text[8] = "xxxxxxx";
-            if (choose_book_move("fuzz.bin", text) != 0) continue;
+            if (choose_book_move("fuzz.bin", random, text).result != BookFound) continue;
             const std::size_t length = std::strlen(text);
             FUZZ_CHECK((length == 4 || length == 5) && text[0] >= 'a' && text[0] <= 'h');
             const Position before = *CurrentPosition;
@@ -198,11 +199,11 @@ bool is_benchmark(const char* line, std::size_t length) {
     return n == 4 && std::memcmp(line, "test", 4) == 0;
 }
 
-ssize_t read_lines(void*, char* buffer, std::size_t room) {
+long read_lines(char* buffer, std::size_t room) {
     if (!ModeSent) {
         ModeSent = true;
         std::memcpy(buffer, ModeLine, sizeof ModeLine - 1);
-        return ssize_t(sizeof ModeLine - 1);
+        return long(sizeof ModeLine - 1);
     }
     if (MaxDepth > FuzzDepth) MaxDepth = FuzzDepth;
     if (moveTime > FuzzMoveTime) moveTime = FuzzMoveTime;
@@ -218,7 +219,7 @@ ssize_t read_lines(void*, char* buffer, std::size_t room) {
         const std::size_t n = length < room ? length : room;
         std::memcpy(buffer, line, n);
         Offset -= length - n;
-        return ssize_t(n);
+        return long(n);
     }
 }
 } // namespace
@@ -226,12 +227,10 @@ ssize_t read_lines(void*, char* buffer, std::size_t room) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Data = data, Size = size, Offset = 0, ModeSent = false;
     reset_engine();
-    cookie_io_functions_t io{read_lines, nullptr, nullptr, nullptr};
-    InputStream = fopencookie(nullptr, "r", io);
-    Started     = clock_ms();
+    set_input_source(read_lines);
+    Started = clock_ms();
     mode_loop();
-    std::fclose(InputStream);
-    InputStream = stdin;
+    set_input_source(nullptr);
     FUZZ_CHECK(stack_index() >= 0 && stack_index() < StackSize - SearchReserve);
     std::fflush(stdout);
     std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);

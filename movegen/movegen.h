@@ -1,4 +1,5 @@
-// Move generation: the two pseudo-legal generators, perft and the perft benchmark.
+// Move generation: the two pseudo-legal generators, the combined and legal lists, user moves
+// given as coordinate text, and perft.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +19,16 @@ int count_legal_moves();
 // Whether the side to move may castle now (1 king-side, 0 queen-side), as the quiet list has it.
 bool castling_allowed(int king_side);
 
+// User moves and the combined and legal lists.
+constexpr int MaxGameMoves = MoveListSize + QuietListSize; // both generators' lists at their fullest
+// Plays a move given as text (four coordinates and an optional promotion letter) when it is
+// legal: 1, or 0 with the stack as it was.
+[[nodiscard]] int enter_user_move(const char* text);
+void generate_moves(Move* moves, int& count);
+Move first_legal_move(); // in generate_moves order; 0 when there is none
+void legal_captures(MoveList& list);
+
+// Perft: the six positions of the benchmark and the count of move sequences.
 struct PerftRow {
     char fen[200];
     std::uint32_t depth;
@@ -27,4 +38,3 @@ constexpr int PerftRows = 6;
 extern const PerftRow PerftSuite[PerftRows];
 
 std::uint64_t perft(std::uint32_t depth);
-void run_benchmark();

@@ -1,7 +1,4 @@
-// Perft: the number of move sequences of a given length, and the benchmark over six positions.
-#include <cstdio>
-#include <ctime>
-
+// Perft: the number of move sequences of a given length, and the six positions of the benchmark.
 #include "movegen/movegen.h"
 
 const PerftRow PerftSuite[PerftRows] = {
@@ -51,29 +48,4 @@ std::uint64_t perft(std::uint32_t depth) {
 
     if (total != 0) return total;
     return in_check() ? 0 : 1;
-}
-
-void run_benchmark() {
-    std::printf("Running benchmark. . .\n");
-    std::fflush(stdout);
-    std::clock_t start  = std::clock();
-    std::uint64_t total = 0;
-    for (const PerftRow& row : PerftSuite) {
-        std::printf(".");
-        std::fflush(stdout);
-        new_game();
-        (void)read_fen(row.fen);
-        std::uint64_t n = perft(row.depth);
-        total += n;
-        std::printf("%s%lld\n", "Expected   value: ", (long long)row.expected);
-        std::printf("%s%lld\n", "Calculated value: ", (long long)n);
-        std::puts("");
-    }
-    double elapsed = double(std::clock() - start) / CLOCKS_PER_SEC;
-    // A run too short to measure reports the total as its rate rather than dividing by zero.
-    double rate = elapsed > 0 ? double(total) / elapsed : double(total);
-    std::printf("\n");
-    std::printf("Total nodes: %lld \n", (long long)total);
-    std::printf("Raw nodes per second: %d\n", int(rate > 2147483647.0 ? 2147483647.0 : rate));
-    std::printf("Total elapsed time: %.2f\n", elapsed);
 }

@@ -5,11 +5,9 @@
 #include "eval/eval.h"
 #include "movegen/movegen.h"
 #include "search/search.h"
-#include "shell/shell.h"
 
 PrincipalVariation RootVariation;
-std::uint32_t SearchStartTime = 0;
-std::int32_t SearchStopped    = 0;
+std::int32_t SearchStopped = 0;
 
 std::uint32_t clock_ms() {
     using namespace std::chrono;
@@ -19,6 +17,10 @@ std::uint32_t clock_ms() {
 
 namespace {
 
+// The limits and hooks of the search in progress.
+SearchLimits Limits{MaxPly, INT32_MAX, INT32_MAX, 0, false};
+SearchHooks Hooks;
+
 // The line through move m: m, then the child's line, keeping the child's true length.
 inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariation& child) {
     line.moves[0] = m;
@@ -27,12 +29,19 @@ inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariati
     line.length = child.length + 1;
 }
 
-// Sets SearchStopped once the move's time (either limit) has passed; read after every move of
-// every full-width node, so the search unwinds as soon as the time is up.
+// Tests of the clock since the interruption hook was last asked.
+std::uint32_t TestsSinceAsked                 = 0;
+constexpr std::uint32_t InterruptionInterval = 2048;
+
+// Sets SearchStopped once the move's time (either limit) has passed, or when whoever started
+// the search says so; read after every move of every full-width node, so the search unwinds as
+// soon as the time is up.
 inline bool time_to_stop() {
     if (SearchStopped == 1) return true;
-    std::int32_t elapsed = std::int32_t(clock_ms() - SearchStartTime) / 10;
-    if (elapsed > moveTime || elapsed > allocatedTime) {
+    std::int32_t elapsed = std::int32_t(clock_ms() - Limits.startTime) / 10;
+    if (elapsed > Limits.moveTime || elapsed > Limits.budget ||
+        (Hooks.interrupted && ++TestsSinceAsked % InterruptionInterval == 0 &&
+         Hooks.interrupted(Hooks.context))) {
         SearchStopped = 1;
         return true;
     }
@@ -44,6 +53,18 @@ std::uint32_t QuiescenceMoves                   = 0;
 constexpr std::uint32_t QuiescenceClockInterval = 256;
 
 } // namespace
+
+void start_search(const SearchLimits& limits, const SearchHooks& hooks) {
+    Limits        = limits;
+    Hooks         = hooks;
+    SearchStopped = 0;
+    clear_history();
+}
+
+void start_iteration() {
+    clear_killers();
+    IterationNodeCount = 0;
+}
 
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score) {
     // Every node starts with an empty line, so one that returns early never hands its parent

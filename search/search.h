@@ -1,5 +1,6 @@
-// Search: alpha-beta and quiescence, move ordering, iterative deepening with time allocation
-// and thinking output, static exchange evaluation.
+// Search: alpha-beta and quiescence, move ordering, iterative deepening with the time budget,
+// static exchange evaluation. A search is given its limits as values and reports through the
+// hooks it is handed; it prints nothing, reads no input and plays no move.
 #pragma once
 
 #include <array>
@@ -7,10 +8,10 @@
 
 #include "board/board.h"
 
-constexpr int MateScore    = 30000;
-constexpr int MateBound    = 28999; // beyond +-MateBound a score announces a mate
-constexpr int Infinity     = 99999;
-constexpr int MaxPly       = 32;    // deepest iteration
+constexpr int MateScore     = 30000;
+constexpr int MateBound     = 28999; // beyond +-MateBound a score announces a mate
+constexpr int Infinity      = 99999;
+constexpr int MaxPly        = 32;    // the deepest iteration, and the most "sd" accepts
 constexpr int StoredPvMoves = 12;
 
 // A line of play: its true length, and its first twelve moves.
@@ -19,15 +20,72 @@ struct PrincipalVariation {
     Move moves[StoredPvMoves];
 };
 
-extern PrincipalVariation RootVariation;
-extern std::uint32_t SearchStartTime; // milliseconds, from clock_ms
-extern std::int32_t SearchStopped;
-
 // Milliseconds from the time of day, wrapping as unsigned 32 bits.
 std::uint32_t clock_ms();
 
+// What one search of the engine's move, or one analysis, is given.
+struct SearchLimits {
+    int maxDepth;            // the deepest iteration, 2 to MaxPly
+    std::int32_t moveTime;   // the fixed limit per move, hundredths of a second
+    std::int32_t budget;     // the time allocated to this move, hundredths of a second
+    std::uint32_t startTime; // when the move's clock started, from clock_ms
+    bool post;               // report the iterations as they finish
+};
+
+// An iteration as it is reported: the one just finished, or in an analysis also the one the
+// clock stopped. A mate score says the deepening ends with it.
+struct Iteration {
+    int depth;
+    int score;
+    std::int32_t elapsed; // milliseconds since startTime
+    std::uint32_t nodes;  // moves made by the iteration, illegal tries and exchange trials included
+    const PrincipalVariation* line;
+};
+
+// How a search talks to whoever started it. Any hook may be left empty.
+struct SearchHooks {
+    void* context = nullptr;
+    void (*report)(void* context, const Iteration& iteration) = nullptr;
+    // Asked now and then while searching: true stops the search at once.
+    bool (*interrupted)(void* context) = nullptr;
+    // Asked by an analysis after each iteration: true ends it.
+    bool (*analysis_ends)(void* context) = nullptr;
+};
+
+// The move to play (0 when the side to move has none) and the score and depth of the last
+// iteration, finished or stopped: a mate score there is the mate the deepening ended on.
+struct SearchResult {
+    Move move;
+    int score;
+    int depth;
+};
+
+// The engine's move: deepens from two plies to maxDepth, ending early at a mate score or when
+// the time runs out, and answers with the move of the last finished iteration. When no
+// iteration finished, the stopped one's first move if it had one, else the first legal move.
+SearchResult search_move(const SearchLimits& limits, const SearchHooks& hooks);
+// An analysis of the position on the board: the same deepening, playing nothing, reporting
+// every iteration; it ends at a mate, at maxDepth, on the clock, or when the hook says so.
+void search_analysis(const SearchLimits& limits, const SearchHooks& hooks);
+
+// The budget of a move, spread over the moves still expected: SuddenDeath of them, five fewer
+// when ahead on the clock, five more when behind or short of time without a real increment; the
+// increment is added when it is spare. Times in hundredths of a second.
+struct TimeBudget {
+    int moves;
+    std::int32_t allocated;
+};
+TimeBudget allocate_time(std::int32_t engineTime, std::int32_t opponentTime,
+                         std::int32_t increment, int suddenDeath);
+
+// The fixed-depth search itself, for callers that deepen by hand: start_search sets the limits
+// and clears the tables as a move's search does; each iteration then calls search at the root.
+void start_search(const SearchLimits& limits, const SearchHooks& hooks);
+void start_iteration();
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score);
 int quiesce(int alpha, int beta, int mate_score);
+extern PrincipalVariation RootVariation;
+extern std::int32_t SearchStopped; // 1 once the current search must end
 
 // Move ordering: two killers per remaining depth (slot 0 unused), a counter per from-to pair.
 extern std::array<std::array<Move, 2>, MaxPly + 1> KillerMoves;
@@ -38,17 +96,8 @@ void store_killer(std::uint32_t depth, Move m);
 void clear_killers();
 void clear_history();
 
-// Iterative deepening and thinking output.
-void allocate_time();
-void think(char* text);
-void analyze(int max_depth);
-void poll_input();
-void print_thinking(int depth, int score);
-void print_line();
-
 // Static exchange evaluation.
 int see(Move m);
 int see_square(Square sq);
 MoveEntry see_find_recapture(Square sq);
 void legal_good_captures(MoveList& list);
-void see_test();

@@ -3,7 +3,6 @@
 #include "search/search.h"
 
 #include <cassert>
-#include <cstdio>
 
 #include "movegen/movegen.h"
 
@@ -14,14 +13,6 @@ namespace {
 constexpr int SeeValue[7] = {0, 100, 300, 300, 500, 950, 10000};
 
 int value_on(Square sq) { return SeeValue[piece_type_at(*CurrentPosition, sq)]; }
-
-// The first entry with the highest score; with one entry, that entry.
-const MoveEntry& best_entry(const MoveList& list) {
-    std::uint32_t best = 0;
-    for (std::uint32_t i = 1; i < list.count; ++i)
-        if (list.entries[i].score > list.entries[best].score) best = i;
-    return list.entries[best];
-}
 
 // Makes m, a legal capture whose captured piece is worth gain, and returns gain minus what the
 // opponent wins by recapturing on m's square.
@@ -108,14 +99,4 @@ void legal_good_captures(MoveList& list) {
         if (value >= 0) list.entries[kept++] = MoveEntry{m, value};
     }
     if (kept > 0) list.count = kept;
-}
-
-// Prints the exchange value of the legal tactical move with the highest ordering score. With no
-// such move there is no exchange to start, and the value printed is 0.
-void see_test() {
-    MoveList legal;
-    legal.count = 0;
-    legal_captures(legal);
-    const int value = legal.count > 0 ? see(best_entry(legal).move) : 0;
-    std::printf(" SEE Value: %i\n", value);
 }

@@ -1,7 +1,5 @@
 // Board display: the position as an ASCII diagram, always from White's side.
-#include <cstdio>
-
-#include "board/board.h"
+#include "front/front.h"
 #include "shell/shell.h"
 
 namespace {
@@ -30,6 +28,7 @@ char BoardTemplate[] =
     "\n"
     "    A   B   C   D   E   F   G   H\n"
     "\n";
+static_assert(sizeof BoardTemplate == 650 + 1);
 
 // The pieces' Italian initials: pedone, cavallo, alfiere, torre, donna, re; White in capitals.
 constexpr char Letters[] = " pcatdr  PCATDR";
@@ -38,15 +37,12 @@ constexpr char Letters[] = " pcatdr  PCATDR";
 constexpr int offset(Square sq) { return 42 + 4 * ((sq & 7) + 18 * (7 - sq / 8)); }
 static_assert(offset(56) == 42 && offset(0) == 42 + 4 * 18 * 7);
 
-static_assert(sizeof BoardTemplate == 650 + 1);
 } // namespace
 
+// Drawn from a copy of the record, turned to White's view while Black is to move.
 void show_board() {
-    const bool black = CurrentPosition->blackToMove == 1;
-    if (black) flip_position();
-    const Position& p = *CurrentPosition;
+    const Position p = CurrentPosition->blackToMove ? flipped(*CurrentPosition) : *CurrentPosition;
     for (Square sq = 0; sq < 64; ++sq)
         BoardTemplate[offset(sq)] = Letters[piece_type_at(p, sq) + ((p.ownPieces & bit(sq)) ? 8 : 0)];
-    if (black) flip_position();
-    std::printf("%s", BoardTemplate);
+    output(Screen, "%s", BoardTemplate);
 }

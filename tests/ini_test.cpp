@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include "front/front.h"
 #include "ini/ini_reader.h"
 #include "shell/shell.h"
 #include "tests/support.h"

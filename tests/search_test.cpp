@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "eval/eval.h"
+#include "front/front.h"
 #include "search/search.h"
-#include "shell/shell.h"
 #include "tests/support.h"
 
 namespace {
@@ -128,27 +128,25 @@ TEST(See, ValuesAndNodesAsIfEveryTrialWereMade) {
     });
 }
 
-struct SearchResult {
+struct Deepened {
     int score;
     std::uint32_t nodes; // moves made by the last iteration
     std::string line;
 };
 
+const SearchLimits Unlimited{MaxPly, INT32_MAX, INT32_MAX, 0, false};
+
 // Deepens from two plies as the engine does, without a clock.
-SearchResult deepen(const char* fen, int depth) {
+Deepened deepen(const char* fen, int depth) {
     set_up(fen);
-    moveTime = allocatedTime = 2147483647;
-    SearchStartTime          = clock_ms();
-    clear_history();
+    start_search(Unlimited, SearchHooks{});
     int score = 0;
     for (int d = 2; d <= depth; ++d) {
-        SearchStopped = 0;
-        clear_killers();
-        IterationNodeCount = 0;
+        start_iteration();
         score = search(std::uint32_t(d), -Infinity, Infinity, RootVariation, MateScore);
     }
     testing::internal::CaptureStdout();
-    print_line();
+    print_line(RootVariation, CurrentPosition->blackToMove);
     return {score, IterationNodeCount, testing::internal::GetCapturedStdout()};
 }
 
@@ -162,7 +160,7 @@ TEST(Search, PinnedFixedDepthResults) {
     const struct {
         const char* fen;
         int depth;
-        SearchResult expected;
+        Deepened expected;
     } cases[] = {
         {Start, 2, {0, 95, "1. g1f3 g8f6 \n"}},
         {Start, 3, {20, 699, "1. g1f3 g8f6 2. b1c3 \n"}},
@@ -176,7 +174,7 @@ TEST(Search, PinnedFixedDepthResults) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.fen) + " depth " + std::to_string(c.depth));
-        SearchResult r = deepen(c.fen, c.depth);
+        Deepened r = deepen(c.fen, c.depth);
         EXPECT_EQ(r.score, c.expected.score);
         EXPECT_EQ(r.nodes, c.expected.nodes);
         EXPECT_EQ(r.line, c.expected.line);
@@ -199,8 +197,7 @@ TEST(Search, DrawsAndMatesWhateverTheBounds) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fen);
         set_up(c.fen);
-        moveTime = allocatedTime = 2147483647;
-        SearchStartTime          = clock_ms();
+        start_search(Unlimited, SearchHooks{});
         PrincipalVariation line;
         EXPECT_EQ(search(c.depth, c.alpha, c.beta, line, MateScore), c.score);
         EXPECT_EQ(line.length, 0);
@@ -217,42 +214,28 @@ TEST(Search, DrawsAndMatesWhateverTheBounds) {
 
 TEST(Search, TimeAllocation) {
     const struct {
-        int engine, opponent, inc, allocated;
+        int engine, opponent, inc, moves, allocated;
     } cases[] = {
-        {360000, 0, 0, 24000}, // 15 moves
-        {6000, 6000, 0, 240},  // 25
-        {5000, 9000, 300, 500}, // 25, and the increment is spare
-        {700, 700, 300, 35},   // 20, and it is not
+        {360000, 0, 0, 15, 24000},
+        {6000, 6000, 0, 25, 240},
+        {5000, 9000, 300, 25, 500}, // behind, but the increment is real and spare
+        {700, 700, 300, 20, 35},    // the increment is not spare
     };
-    const std::int32_t saved[] = {engineTime, opponentTime, increment, SuddenDeath, allocatedTime};
-    SuddenDeath = 20;
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.engine);
-        engineTime = c.engine, opponentTime = c.opponent, increment = c.inc;
-        testing::internal::CaptureStdout();
-        allocate_time();
-        testing::internal::GetCapturedStdout();
-        EXPECT_EQ(allocatedTime, c.allocated);
+        const TimeBudget budget = allocate_time(c.engine, c.opponent, c.inc, 20);
+        EXPECT_EQ(budget.moves, c.moves) << c.engine;
+        EXPECT_EQ(budget.allocated, c.allocated) << c.engine;
     }
-    engineTime = saved[0], opponentTime = saved[1], increment = saved[2], SuddenDeath = saved[3];
-    allocatedTime = saved[4];
 }
 
 // A position set up with many queens makes a capture tree no budget covers: the clock, read in
-// the quiescence search too, still stops the search, and a move is played all the same.
+// the quiescence search too, still stops the search, and a move is found all the same.
 TEST(Search, ContrivedCapturesObeyTheClock) {
     set_up("QQQQQQQQ/QQQQQQQQ/8/8/8/8/qqqqqqqq/qqqqqqqk w - - 0 1");
-    const std::int32_t saved[] = {moveTime, allocatedTime, MaxDepth};
-    moveTime = allocatedTime = 20;
-    MaxDepth                 = 2;
-    SearchStartTime          = clock_ms();
-    char text[LineSize];
-    testing::internal::CaptureStdout();
-    think(text);
-    testing::internal::GetCapturedStdout();
+    const SearchResult result = search_move({2, 20, 20, clock_ms(), false}, SearchHooks{});
     EXPECT_EQ(SearchStopped, 1);
-    EXPECT_EQ(stack_index(), 1);
-    moveTime = saved[0], allocatedTime = saved[1], MaxDepth = saved[2];
+    EXPECT_NE(result.move, 0u);
+    EXPECT_EQ(stack_index(), 0);
 }
 
 } // namespace

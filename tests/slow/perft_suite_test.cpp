@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 
+#include "front/front.h"
 #include "movegen/movegen.h"
 
 TEST(PerftSuite, TheBenchmarkReportsEveryExpectedCount) {

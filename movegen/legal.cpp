@@ -1,5 +1,4 @@
 // User moves given as coordinate text, and the combined and legal move lists.
-#include "board/board.h"
 #include "movegen/movegen.h"
 
 namespace {
@@ -84,7 +83,6 @@ int enter_user_move(const char* text) {
     int promotion = letter_to_piece(text[4]);
     if (promotion < 0) return 0;
 
-    make_room_for_game_move();
     const Position& p = *CurrentPosition;
     const int flip    = p.blackToMove ? 56 : 0;
     Square from = ((text[0] - 'a') + 8 * (text[1] - '1')) ^ flip;
@@ -109,11 +107,15 @@ int enter_user_move(const char* text) {
         promotion = 0; // a letter after a piece move changes nothing
     }
 
-    make_move(make_move_word(flags, from, to, promotion));
-    if (move_left_king_in_check()) {
-        take_back();
-        return 0;
-    }
+    const Move m = make_move_word(flags, from, to, promotion);
+    make_move(m);
+    const bool illegal = move_left_king_in_check();
+    take_back();
+    if (illegal) return 0;
+    // Only a move that is played may drop the oldest records of a long game; a refused text
+    // leaves the stack as it was, all the way down.
+    make_room_for_game_move();
+    make_move(m);
     return 1;
 }
 

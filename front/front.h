@@ -1,0 +1,109 @@
+// Front ends: the console and the xboard protocol, and the game they share. This folder owns the
+// game in progress (engine colour, result, clocks), the settings in effect, the game log, the
+// reading of standard input and every write to standard output.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#include "search/search.h"
+
+// Game control.
+extern std::int32_t GameOver;         // 1 while a result stands
+extern std::uint8_t EngineColor;      // 0 White, 1 Black, 'c' neither side
+extern std::int32_t QuitRequested;    // 1 after "quit" (or the end of input)
+extern std::uint32_t SearchStartTime; // when the engine's current move started, from clock_ms
+
+// The settings in effect, and the clocks, in hundredths of a second.
+extern std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
+extern std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
+constexpr int SettingTextSize = 100;
+extern char LogFile[SettingTextSize];
+extern char BookFile[SettingTextSize];
+extern std::FILE* LogFileHandle;
+extern std::int32_t moveTime, engineTime, opponentTime, increment, allocatedTime;
+
+// Every setting the INI file feeds, in the order a load reads them: its section and key, its
+// default, and for a number the range it must lie in (outside it, the default is taken).
+enum SettingKind { NumberSetting, FlagSetting, TextSetting };
+struct SettingKey {
+    const char* section;
+    const char* key;
+    SettingKind kind;
+    std::int32_t fallback, low, high; // a number's or a flag's default, a number's range
+    const char* text;                 // a text's default
+    std::int32_t* number;             // where a number or a flag is kept
+    char* chars;                      // where a text is kept, SettingTextSize bytes
+};
+extern const SettingKey SettingKeys[];
+extern const std::size_t SettingCount;
+// Store a value read for a key: a number is held to its range, MaxTime also sets the move's
+// clocks; a text keeps at most 99 characters.
+void set_setting(const SettingKey& key, long value);
+void set_setting(const SettingKey& key, const char* text);
+// Closes the log a load opened before and, when LogGame is on, opens LogFile for appending. A log
+// that cannot be opened is reported on the error stream; the result is then false.
+bool open_game_log();
+
+// Every write to standard output: flushed at once, and copied to the game log when logging is on
+// and the line belongs there.
+enum Destination { Screen, ScreenAndLog, LogOnly };
+void output(Destination to, const char* format, ...) __attribute__((format(printf, 2, 3)));
+// "NAME: reason" on the error stream, for a file that could not be opened.
+void report_file_error(const char* name, int error);
+
+// Standard input, read through one buffer. Tests and fuzz targets may read from a source of
+// their own (nullptr restores standard input); it returns the bytes it put into the buffer, 0 at
+// the end of input.
+using InputSource = long (*)(char* buffer, std::size_t room);
+void set_input_source(InputSource source);
+// One line without its line end (and a CR before it), cut to size - 1 characters, the rest of a
+// longer line dropped. Returns 0 at the end of input, and when standard output can no longer be
+// written. Flushes standard output first.
+int read_line(char* line, int size);
+// At most size - 1 characters of a line, with its newline when it fits: a longer line arrives in
+// pieces. Returns 0 at the end of input.
+int read_piece(char* piece, int size);
+constexpr int LineSize = 256;
+// Guards the standard streams before anything is read or written: a closed one, a broken pipe.
+void prepare_standard_streams();
+
+// What the shell lends the console.
+struct ShellHooks {
+    void (*show_board)();
+    void (*load_settings)(const char* file_name);
+};
+void console_loop(const ShellHooks& shell);
+// The console's "test": perft over the six positions of the suite, with the rate.
+void run_benchmark();
+void xboard_loop();
+
+// What both front ends share: the engine's move, the analysis, the end of a game.
+int check_game_end();
+void think(char* text);
+void analyze(int max_depth);
+// The engine's turn, when it has the side to move and no result stands: a legal book move, which
+// announce prints, else the search's move. Returns whether the engine moved.
+bool engine_turn(char* text, void (*announce)(const char* text));
+void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes);
+void print_line(const PrincipalVariation& line, int root_black);
+
+// A command of a front end's table: a whole line, or a line that begins with the word.
+enum Then { NextLine, EngineTurn, Unknown, Quit };
+struct Command {
+    const char* word;
+    bool prefix;
+    Then (*run)(const char* line);
+};
+// Runs the first command of the table that matches the line; Unknown when none does.
+Then dispatch(const Command* table, std::size_t count, const char* line);
+// "sd N" and "st N", read as "%d" reads after the two letters: true and the setting changed when
+// the number is in range (2 to MaxPly; 1 second or more). n is what was read.
+bool set_depth_limit(const char* line, std::int32_t& n, bool& read);
+bool set_move_time(const char* line, std::int32_t& n);
+// Reads a whole number as "%d" does (blanks skipped, an optional sign, digits) and moves text
+// past it. Returns 0, text and value untouched, when no number stands there or it does not fit.
+int read_int(const char*& text, std::int32_t& value);
+// A time in hundredths of a second computed in 64 bits, held at the 32-bit limits.
+std::int32_t saturate_centis(std::int64_t centis);
