@@ -22,10 +22,11 @@ int split_fields(const char* text, std::string_view* fields) {
     return count;
 }
 
-// Like the standard text-to-integer conversion (sign, then digits; none gives 0), but
-// saturating instead of overflowing.
+// Like the standard text-to-integer conversion (leading white space, a sign, then digits; none
+// gives 0), but saturating instead of overflowing.
 long to_number(std::string_view text) {
     std::size_t i = 0;
+    while (i < text.size() && (text[i] == '\t' || (text[i] >= '\n' && text[i] <= '\r'))) ++i;
     bool negative = false;
     if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
     long value = 0;

@@ -1,4 +1,5 @@
 // Position and rules: FEN, attacks, legality, making moves, user moves, the stack's bounds.
+#include <algorithm>
 #include <cstring>
 
 #include "tests/support.h"
@@ -31,6 +32,7 @@ TEST(Fen, AcceptedTexts) {
         {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 100 1", 0, 3, 100},
         {"4k3/8/8/8/3Pp3/8/8/4K3 b - d3x x", 0, 3, 0},          // clock "x" reads as 0
         {"  4k3/8/8/8/8/8/8/4K3   w   -   -   7  ", 0, 8, 7},     // runs of blanks
+        {"4k3/8/8/8/8/8/8/4K3 w - - \t+5 1", 0, 8, 5},             // white space and a sign
         {"4k3//8/8/8/8/8/8/4K3X w - - 0", 0, 8, 0}, // "//" is one separator; a full rank's rest
     };
     for (const auto& c : cases) {
@@ -53,7 +55,7 @@ TEST(Fen, RejectedTexts) {
         {"4k3/8/8/8/8/8/8/4K2 w - - 0 1", false}, {"4k3/8/8/8/8/8/8/4K0K2 w - - 0 1", false},
         {"4k3/8/8/8/8/8/4K3 w - - 0 1", false},   {"p8/8/8/8/8/8/8/4K3 w - - 0 1", false},
         {"4k3/8/8/8/8/8/8/4K3 w KX - 0 1", false}, {"4k3/8/8/8/8/8/8/4K3 w", false},
-        {"4k3/8/8/8/8/8/8/4K3 w - - 101 1", false}, {"4k3/8/8/8/8/8/8/4K3 w - - -1 1", false},
+        {"4k3/8/8/8/8/8/8/4K3 w - - 101 1", false}, {"4k3/8/8/8/8/8/8/4K3 w - - \t-5 1", false},
         {"4k3/8/8/8/8/8/8/4K3 w - -", false},     {"4k3/8/8/8/8/8/8/4K3 w - e3 0 1", false},
         {"4k3/8/8/8/8/8/8/4K3 b - e6 0 1", false},
     };
@@ -260,13 +262,18 @@ TEST(UserMoves, AcceptedAndRefusedTexts) {
     }
 }
 
-// "undo" at record 0 stays there; 1,200 plies of a shuffle keep below the search's reserve.
+// "undo" at record 0 stays there; 1,200 plies of a shuffle keep below the search's reserve, the
+// oldest records dropped only when a move is played: a refused one leaves every record as it was.
 TEST(Stack, NeverLeftAtEitherEnd) {
     new_game();
     take_back();
     EXPECT_EQ(CurrentPosition, &PositionStack[0]);
     const char* shuffle[] = {"g1f3", "g8f6", "f3g1", "f6g8"};
     for (int n = 0; n < 1200; ++n) {
+        const std::vector<Position> before(PositionStack.begin(), PositionStack.begin() + stack_index() + 1);
+        ASSERT_EQ(enter_user_move("e2e5"), 0);
+        ASSERT_TRUE(std::equal(before.begin(), before.end(), PositionStack.begin(), same_record));
+        ASSERT_EQ(stack_index() + 1, int(before.size()));
         ASSERT_EQ(enter_user_move(shuffle[n % 4]), 1) << n;
         ASSERT_LT(stack_index(), StackSize - SearchReserve);
     }
