@@ -13,11 +13,12 @@ void start_up() {
                    "enter 'console' for console mode...\n");
 }
 
-// Waits for the mode line; the end of input ends the program like "quit".
+// Waits for the mode line: a line longer than 255 characters arrives in pieces, each compared on
+// its own. The end of input ends the program like "quit".
 void mode_loop() {
     static const ShellHooks shell{show_board, load_settings};
     char piece[LineSize];
-    while (read_line(piece, LineSize)) {
+    while (read_piece(piece, LineSize)) {
         if (std::strncmp(piece, "xboard", 6) == 0) {
             xboard_loop();
             if (QuitRequested == 1) return;
