@@ -1,9 +1,9 @@
 # Runs the engine on one transcript: a fresh scratch folder holding NAME.ini as the engine's
 # quillfern.ini (when there is one) and the files listed in NAME.files, NAME.in on standard
 # input, and the output compared with NAME.out byte for byte. Two optional companions:
-# NAME.sed, sed -E commands applied to the output first, to blank out what the clock decides
-# (the time column of thinking lines), and NAME.log, compared byte for byte with the game log
-# the engine left in the scratch folder.
+# NAME.sed, sed -E commands applied to the output and the log first, to blank out what the clock
+# decides (the time column of thinking lines), and NAME.log, compared byte for byte with the
+# game log the engine left in the scratch folder.
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
 if(EXISTS ${SOURCE_DIR}/${NAME}.ini)
@@ -25,16 +25,20 @@ execute_process(COMMAND ${ENGINE}
 if(NOT status EQUAL 0)
     message(FATAL_ERROR "${NAME}: the engine ended with status ${status}")
 endif()
-set(actual ${WORK_DIR}/${NAME}.actual)
-if(EXISTS ${SOURCE_DIR}/${NAME}.sed)
-    execute_process(COMMAND sed -E -f ${SOURCE_DIR}/${NAME}.sed ${actual}
-                    OUTPUT_FILE ${actual}.masked
-                    RESULT_VARIABLE status)
-    if(NOT status EQUAL 0)
-        message(FATAL_ERROR "${NAME}: sed failed on ${NAME}.sed")
+# Applies NAME.sed, when there is one, to a file the engine wrote; the masked copy's name is
+# returned in the variable named by result.
+function(masked file result)
+    set(${result} ${file} PARENT_SCOPE)
+    if(EXISTS ${SOURCE_DIR}/${NAME}.sed)
+        execute_process(COMMAND sed -E -f ${SOURCE_DIR}/${NAME}.sed ${file}
+                        OUTPUT_FILE ${file}.masked
+                        RESULT_VARIABLE status)
+        if(NOT status EQUAL 0)
+            message(FATAL_ERROR "${NAME}: sed failed on ${NAME}.sed")
+        endif()
+        set(${result} ${file}.masked PARENT_SCOPE)
     endif()
-    set(actual ${actual}.masked)
-endif()
+endfunction()
 
 function(compare got expected)
     execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${got} ${expected}
@@ -45,10 +49,12 @@ function(compare got expected)
     endif()
 endfunction()
 
+masked(${WORK_DIR}/${NAME}.actual actual)
 compare(${actual} ${SOURCE_DIR}/${NAME}.out)
 if(EXISTS ${SOURCE_DIR}/${NAME}.log)
     if(NOT EXISTS ${WORK_DIR}/quillfern.log)
         message(FATAL_ERROR "${NAME}: the engine wrote no game log")
     endif()
-    compare(${WORK_DIR}/quillfern.log ${SOURCE_DIR}/${NAME}.log)
+    masked(${WORK_DIR}/quillfern.log log)
+    compare(${log} ${SOURCE_DIR}/${NAME}.log)
 endif()
