@@ -224,7 +224,7 @@ bool looks_like_move(const char* line) {
 }
 
 // Moves are taken for either side, also after a result: the user may play on.
-Then user_move(const char* line) {
+Then play_user_move(const char* line) {
     if (enter_user_move(line) == 1)
         GameOver = check_game_end();
     else
@@ -272,7 +272,7 @@ void console_loop(const ShellHooks& shell) {
         if (!read_line(line, LineSize)) break;
         Then then = dispatch(Commands, std::size(Commands), line);
         if (then == Quit) break;
-        if (then == Unknown && looks_like_move(line)) then = user_move(line);
+        if (then == Unknown && looks_like_move(line)) then = play_user_move(line);
         if (then == Unknown) output(Screen, "Error (unknown command): %s\n", line);
         if (then != NextLine && engine_turn(text, announce_book_move)) Shell->show_board();
     }

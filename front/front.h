@@ -66,6 +66,14 @@ int read_line(char* line, int size);
 // pieces. Returns 0 at the end of input.
 int read_piece(char* piece, int size);
 constexpr int LineSize = 256;
+// During a search: reads what has arrived on the input, waiting for more only when asked to.
+// False once the input has ended.
+bool look_at_input(bool wait);
+// Hands each complete line waiting in the input (without its line end, cut to 255 characters)
+// to take, in order; the lines take accepts are removed, the others stay to be read.
+void take_waiting_lines(bool (*take)(void* context, const char* line), void* context);
+// Whether the input has ended and every line of it has been read.
+bool input_ended();
 // Guards the standard streams before anything is read or written: a closed one, a broken pipe.
 void prepare_standard_streams();
 
@@ -75,6 +83,8 @@ struct ShellHooks {
     void (*load_settings)(const char* file_name);
 };
 void console_loop(const ShellHooks& shell);
+// The UCI driver, entered with the mode line "uci", which it answers as the command.
+void uci_loop();
 // The console's "test": perft over the six positions of the suite, with the rate.
 void run_benchmark();
 void xboard_loop();
@@ -86,8 +96,10 @@ void analyze(int max_depth);
 // The engine's turn, when it has the side to move and no result stands: a legal book move, which
 // announce prints, else the search's move. Returns whether the engine moved.
 bool engine_turn(char* text, void (*announce)(const char* text));
-void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes);
-void print_line(const PrincipalVariation& line, int root_black);
+// The two halves of a thinking line: the numbers, and the numbered moves of the line.
+void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes,
+                    Destination to = ScreenAndLog);
+void print_line(const PrincipalVariation& line, int root_black, Destination to = ScreenAndLog);
 
 // A command of a front end's table: a whole line, or a line that begins with the word.
 enum Then { NextLine, EngineTurn, Unknown, Quit };

@@ -141,12 +141,12 @@ bool set_move_time(const char* line, std::int32_t& n) {
     return true;
 }
 
-void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes) {
-    output(ScreenAndLog, "%2d %6d %6d %10ld ", depth, score, elapsed, long(nodes));
+void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes, Destination to) {
+    output(to, "%2d %6d %6d %10ld ", depth, score, elapsed, long(nodes));
 }
 
 // The line as numbered moves, its stored moves only, each followed by a blank.
-void print_line(const PrincipalVariation& line, int root_black) {
+void print_line(const PrincipalVariation& line, int root_black, Destination to) {
     char text[StoredPvMoves * 12 + 16];
     int length = 0, number = 1;
     const int shown = line.length < StoredPvMoves ? line.length : StoredPvMoves;
@@ -162,7 +162,7 @@ void print_line(const PrincipalVariation& line, int root_black) {
         length += std::snprintf(text + length, sizeof text - length, "%s ", move);
     }
     std::snprintf(text + length, sizeof text - length, "\n");
-    output(ScreenAndLog, "%s", text);
+    output(to, "%s", text);
 }
 
 namespace {

@@ -1,18 +1,21 @@
 // Standard input, read through one buffer that every reader of input shares, and the standard
 // streams made safe to use. The only place that speaks to the operating system directly.
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <algorithm>
 #include <cstring>
 
 #include "front/front.h"
 
 namespace {
 
-// Bytes read ahead of the line readers, Start to End.
-char Buffer[1 << 16];
+// Bytes read ahead of the line readers, Start to End: lines waiting to be read, which a look
+// at the input during a search may have brought in.
+char Buffer[1 << 18];
 std::size_t Start = 0, End = 0;
 bool InputEnded   = false;
 
@@ -26,7 +29,8 @@ long read_standard_input(char* buffer, std::size_t room) {
 
 InputSource Source = read_standard_input;
 
-// Makes room and reads more; false once the input has ended.
+// Makes room and reads more, waiting until something arrives; false once the input has ended,
+// and when the buffer is full of lines not yet read.
 bool fill() {
     if (InputEnded) return false;
     if (Start == End) Start = End = 0;
@@ -35,6 +39,7 @@ bool fill() {
         End -= Start;
         Start = 0;
     }
+    if (End == sizeof Buffer) return false;
     const long n = Source(Buffer + End, sizeof Buffer - End);
     if (n <= 0) {
         InputEnded = true;
@@ -87,6 +92,38 @@ int read_piece(char* piece, int size) {
     piece[length] = '\0';
     return length > 0;
 }
+
+// Standard input is asked whether anything has arrived; a source of a test's own always has
+// its bytes at hand.
+bool look_at_input(bool wait) {
+    if (Source == read_standard_input && !wait) {
+        pollfd fd{0, POLLIN, 0};
+        if (::poll(&fd, 1, 0) <= 0) return !InputEnded;
+    }
+    fill();
+    return !InputEnded;
+}
+
+void take_waiting_lines(bool (*take)(void* context, const char* line), void* context) {
+    char line[LineSize];
+    for (std::size_t at = Start; at < End;) {
+        const char* newline = static_cast<const char*>(std::memchr(Buffer + at, '\n', End - at));
+        if (!newline) break;
+        const std::size_t next = std::size_t(newline - Buffer) + 1;
+        std::size_t length = std::min<std::size_t>(next - 1 - at, sizeof line - 1);
+        std::memcpy(line, Buffer + at, length);
+        if (length > 0 && line[length - 1] == '\r') --length;
+        line[length] = '\0';
+        if (take(context, line)) {
+            std::memmove(Buffer + at, Buffer + next, End - next);
+            End -= next - at;
+        } else {
+            at = next;
+        }
+    }
+}
+
+bool input_ended() { return InputEnded && Start == End; }
 
 void prepare_standard_streams() {
     // A standard stream that was closed on us gets /dev/null, opened for reading only: no file

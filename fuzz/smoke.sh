@@ -19,10 +19,10 @@ fi
     > "$BUILD/build.log" 2>&1 || { cat "$BUILD/build.log"; exit 1; }
 
 failed=0
-for name in fen user_move ini book console xboard; do
+for name in fen user_move ini book console xboard uci; do
     scratch=$(mktemp -d)
     dict=
-    case $name in console|xboard) dict=-dict=$FUZZ/session.dict ;; esac
+    case $name in console|xboard|uci) dict=-dict=$FUZZ/session.dict ;; esac
     # New inputs go to the scratch folder, the first one named, which is thrown away.
     if "$BUILD/${name}_fuzz" -seed=1 -runs="$RUNS" -timeout=10 -max_len=4096 $dict \
         -artifact_prefix="$BUILD/$name-" "$scratch" "$FUZZ/corpus/$name" > "$BUILD/$name.log" 2>&1; then

@@ -1,5 +1,5 @@
 // The fuzz targets, one per input surface, each built from this file with FUZZ_TARGET_<name>
-// defined: fen, user_move, ini, book, console, xboard.
+// defined: fen, user_move, ini, book, console, xboard, uci.
 #include "book/book.h"
 #include "eval/eval.h"
 #include "fuzz/harness.h"
@@ -175,7 +175,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
 }
 
-#elif defined(FUZZ_TARGET_console) || defined(FUZZ_TARGET_xboard)
+#elif defined(FUZZ_TARGET_console) || defined(FUZZ_TARGET_xboard) || defined(FUZZ_TARGET_uci)
 // A whole session in process: the mode line, then the input's lines until "quit" or the end of
 // input. Before each line the depth and the move time are held to the fuzz budget again, the
 // perft benchmark ("test", half a minute) is skipped, and a session that has run four seconds
@@ -183,8 +183,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace {
 #if defined(FUZZ_TARGET_console)
 constexpr char ModeLine[] = "console\n";
-#else
+#elif defined(FUZZ_TARGET_xboard)
 constexpr char ModeLine[] = "xboard\n";
+#else
+constexpr char ModeLine[] = "uci\n";
 #endif
 const std::uint8_t* Data;
 std::size_t Size, Offset;

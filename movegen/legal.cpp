@@ -75,7 +75,7 @@ int letter_to_piece(char c) {
 
 } // namespace
 
-int enter_user_move(const char* text) {
+Move user_move(const char* text) {
     for (int i = 0; i < 4; ++i) {
         char lo = i % 2 ? '1' : 'a', hi = i % 2 ? '8' : 'h';
         if (text[i] < lo || text[i] > hi) return 0;
@@ -111,9 +111,14 @@ int enter_user_move(const char* text) {
     make_move(m);
     const bool illegal = move_left_king_in_check();
     take_back();
-    if (illegal) return 0;
-    // Only a move that is played may drop the oldest records of a long game; a refused text
-    // leaves the stack as it was, all the way down.
+    return illegal ? 0 : m;
+}
+
+// Only a move that is played may drop the oldest records of a long game; a refused text leaves
+// the stack as it was, all the way down.
+int enter_user_move(const char* text) {
+    const Move m = user_move(text);
+    if (m == 0) return 0;
     make_room_for_game_move();
     make_move(m);
     return 1;

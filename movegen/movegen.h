@@ -21,8 +21,10 @@ bool castling_allowed(int king_side);
 
 // User moves and the combined and legal lists.
 constexpr int MaxGameMoves = MoveListSize + QuietListSize; // both generators' lists at their fullest
-// Plays a move given as text (four coordinates and an optional promotion letter) when it is
-// legal: 1, or 0 with the stack as it was.
+// The move a text names (four coordinates and an optional promotion letter) when it is legal in
+// the position on the board, else 0; the position is left as it was.
+Move user_move(const char* text);
+// Plays the move a text names when it is legal: 1, or 0 with the stack as it was.
 [[nodiscard]] int enter_user_move(const char* text);
 void generate_moves(Move* moves, int& count);
 Move first_legal_move(); // in generate_moves order; 0 when there is none

@@ -4,14 +4,14 @@
 # fuzz/build/corpus/NAME for the next run. Prints the executions of each target and exits
 # non-zero when any target found a fault (its input is saved in fuzz/build/artifacts).
 #
-# usage: tools/run_fuzzers.sh SECONDS [TARGET...]     targets: fen user_move ini book console xboard
+# usage: tools/run_fuzzers.sh SECONDS [TARGET...]     targets: fen user_move ini book console xboard uci
 # PARALLEL=2 runs two targets at a time; JOBS sets the build's parallelism (default 2).
 set -u
 SECONDS_EACH=${1:?usage: run_fuzzers.sh SECONDS [TARGET...]}
 shift
 FUZZ=$(cd "$(dirname "$0")/../fuzz" && pwd)
 BUILD=${FUZZ_BUILD:-$FUZZ/build}
-TARGETS=${*:-fen user_move ini book console xboard}
+TARGETS=${*:-fen user_move ini book console xboard uci}
 PARALLEL=${PARALLEL:-1}
 
 mkdir -p "$BUILD/artifacts" "$BUILD/logs"
@@ -24,7 +24,7 @@ run_one() {
     name=$1
     mkdir -p "$BUILD/corpus/$name"
     dict=
-    case $name in console|xboard) dict=-dict=$FUZZ/session.dict ;; esac
+    case $name in console|xboard|uci) dict=-dict=$FUZZ/session.dict ;; esac
     # -timeout: one input may not take longer than 10 s; a search held to the fuzz budget
     # takes milliseconds.
     "$BUILD/${name}_fuzz" -max_total_time="$SECONDS_EACH" -timeout=10 -rss_limit_mb=2048 \

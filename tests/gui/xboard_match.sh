@@ -4,10 +4,12 @@
 # regular result, and quillfern never loses by an illegal move, a crash or its clock, and never
 # says "Error" about a command it should have understood.
 #
-# usage: [TC=M:SS] xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
+# usage: [TC=M:SS] [UCI=1] xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
 # With a book file the engine opens from it (a random book move each time), else it searches
-# from the first move.
-# Exits 77 (skipped) when xboard, xvfb-run (with xauth) or an opponent is not installed.
+# from the first move. With UCI=1 xboard speaks to the engine in UCI, through the polyglot
+# adapter it starts for a UCI engine.
+# Exits 77 (skipped) when xboard, xvfb-run (with xauth), an opponent or (for UCI) polyglot is not
+# installed.
 set -u
 ENGINE=$1
 WORK=$2
@@ -17,7 +19,9 @@ TC=${TC:-0:20} # the time for 40 moves, minutes:seconds
 PATH=$PATH:/usr/games
 export LC_ALL=C
 
-for tool in xboard xvfb-run xauth; do
+UCI=${UCI:-0}
+[ "$UCI" = 1 ] && ADAPTER=polyglot || ADAPTER=
+for tool in xboard xvfb-run xauth $ADAPTER; do
     if ! command -v "$tool" > /dev/null; then
         echo "$tool is not installed: skipped"
         exit 77
@@ -58,7 +62,7 @@ fail() {
 # 40 moves in TC: xboard sends "level 40 0:20 0", the minutes:seconds form. A game that drags on
 # is called a draw after 100 moves, so the run stays short.
 HOME=$WORK/home timeout -k 10 600 xvfb-run -a xboard -noGUI \
-    -fcp "$ENGINE" -fd "$WORK/engine" \
+    -fcp "$ENGINE" -fd "$WORK/engine" $([ "$UCI" = 1 ] && echo -fUCI) \
     -scp "$OPPONENT" -sd "$WORK/opponent" "$@" \
     -matchGames "$GAMES" -xexit \
     -mps 40 -tc "$TC" \
@@ -107,8 +111,11 @@ grep -E '^(Error|tellusererror)' "$WORK/engine.txt" |
 [ -s "$WORK/errors.txt" ] && fail "quillfern complained: $(head -1 "$WORK/errors.txt")"
 grep -q '^move ' "$WORK/engine.txt" || fail "quillfern never moved"
 
+# Over the protocol each game opens with the opponent's name; in UCI with each "ucinewgame", which
+# the adapter also sends once at the start.
 banners=$(grep -c 'New Game' "$WORK/engine/quillfern.log")
-[ "$banners" -eq "$GAMES" ] || fail "the game log holds $banners games, $GAMES wanted"
+[ "$banners" -ge "$GAMES" ] && [ "$banners" -le "$((GAMES + UCI))" ] ||
+    fail "the game log holds $banners games, $GAMES wanted"
 
 grep '^\[Result\|^\[White\|^\[Black' "$WORK/games.pgn" | paste - - -
 echo "match passed: $GAMES games"
