@@ -119,30 +119,6 @@ TEST_F(BookTest, PublishedKeysFromMovesAndFen) {
     }
 }
 
-// The en passant file enters the key only with a pawn of the side to move beside the pawn that
-// has just advanced two squares, pinned or not, and never across the board's edge.
-TEST_F(BookTest, EnPassantFileNeedsAPawnBeside) {
-    const struct {
-        const char* fen;
-        int epFile;
-        bool enters;
-    } cases[] = {
-        {"4k3/8/8/3pP3/8/8/8/4K3 w - - 0 1", 3, true},
-        {"4k3/8/8/r2pP2K/8/8/8/8 w - - 0 1", 3, true},   // the capture would expose the king
-        {"4k3/8/8/3pN3/8/8/8/4K3 w - - 0 1", 3, false},  // a knight beside is no pawn
-        {"4k3/8/8/p7/7P/8/8/4K3 w - - 0 1", 0, false},   // h4 is not beside a5
-        {"4k3/8/8/8/3pP3/8/8/4K3 b - - 0 1", 4, true},
-        {"4k3/8/8/7p/P7/8/8/4K3 b - - 0 1", 0, false},   // h5 is not beside a4
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fen);
-        set_up(c.fen);
-        const std::uint64_t without = book_key();
-        CurrentPosition->epFile     = std::uint8_t(c.epFile);
-        EXPECT_EQ(book_key() ^ without, c.enters ? Random64[772 + c.epFile] : 0);
-    }
-}
-
 // small_book_expected.txt holds what the polyglot tool wrote for some positions of
 // small_book.bin: the key, each entry with its weight, and the move the engine plays first.
 TEST_F(BookTest, ReadsABookWrittenByThePolyglotTool) {
@@ -174,26 +150,6 @@ TEST_F(BookTest, ReadsABookWrittenByThePolyglotTool) {
     }
     check();
     EXPECT_GE(positions, 8);
-}
-
-// Books of 1 to 17 entries with a run of one to three equal keys at every place: the search
-// returns the run's first entry.
-TEST_F(BookTest, FindsTheFirstEntryOfAKeyAtEveryPlace) {
-    for (int size : {1, 2, 3, 4, 5, 7, 8, 9, 16, 17})
-        for (int run = 1; run <= 3 && run <= size; ++run)
-            for (int first = 0; first + run <= size; ++first) {
-                SCOPED_TRACE(testing::Message() << size << " " << run << " " << first);
-                constexpr std::uint64_t key = 1000;
-                std::vector<HandEntry> entries;
-                for (int i = 0; i < size; ++i)
-                    entries.push_back({i < first ? key - first + i : i < first + run ? key : key + i,
-                                       "d2d4", std::uint16_t(i)});
-                std::FILE* file = std::fopen(write_book(entries).c_str(), "rb");
-                BookEntry entry{};
-                EXPECT_EQ(find_book_key(file, key, entry), first);
-                EXPECT_EQ(entry.weight, first);
-                std::fclose(file);
-            }
 }
 
 // Without RandBook the first entry of the position in the file is played, whatever its weight;

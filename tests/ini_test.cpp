@@ -126,27 +126,6 @@ TEST_F(IniTest, MissingAndHostileFiles) {
     EXPECT_EQ(ini_read_long("A", "j", 0, path.c_str()), 5);
 }
 
-TEST(IniText, CopyText) {
-    const struct {
-        const char* source;
-        int maxlen, mode;
-        const char* expected;
-    } cases[] = {
-        {"abc", 3, QUOTING_NONE, "ab"},           {"a\\\"b\"\"c", 10, QUOTING_REMOVE, "a\"b\"c"},
-        {"a\\\"b\"\"c", 3, QUOTING_REMOVE, "a\""}, {"a\"b", 10, QUOTING_ADD, "\"a\\\"b\""},
-        {"abc", 4, QUOTING_ADD, "\"a\""},          {"abc", 2, QUOTING_ADD, "a"},
-        {"\"x", 4, QUOTING_ADD, "\"\""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.source << " into " << c.maxlen << ", mode " << c.mode);
-        char dest[16];
-        std::memset(dest, '#', sizeof dest);
-        ini_copy_text(dest, c.source, c.maxlen, c.mode);
-        EXPECT_STREQ(dest, c.expected);
-        EXPECT_EQ(dest[c.maxlen], '#'); // nothing written past maxlen bytes
-    }
-}
-
 // The death message carries the assertion's text exactly; regex characters in it are escaped.
 std::string failed_assertion(const std::string& text) {
     std::string pattern;

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Plays a short match inside the real xboard, headless under a virtual X server, against an
-# engine from the distribution, and checks what a user would notice: every game ends with a
+# engine from the distribution (fairymax), and checks what a user would notice: every game ends with a
 # regular result, and quillfern never loses by an illegal move, a crash or its clock, and never
 # says "Error" about a command it should have understood.
 #
@@ -8,7 +8,7 @@
 # With a book file the engine opens from it (a random book move each time), else it searches
 # from the first move. With UCI=1 xboard speaks to the engine in UCI, through the polyglot
 # adapter it starts for a UCI engine.
-# Exits 77 (skipped) when xboard, xvfb-run (with xauth), an opponent or (for UCI) polyglot is not
+# Exits 77 (skipped) when xboard, xvfb-run (with xauth), fairymax or (for UCI) polyglot is not
 # installed.
 set -u
 ENGINE=$1
@@ -27,29 +27,16 @@ for tool in xboard xvfb-run xauth $ADAPTER; do
         exit 77
     fi
 done
-if command -v fairymax > /dev/null; then
-    # Fairy-Max plays differently when told its opponent is a program: keep it quiet.
-    OPPONENT=$(command -v fairymax)
-    set -- -secondComputerString ""
-elif command -v hoichess > /dev/null; then
-    OPPONENT=$(command -v hoichess)
-    set --
-else
-    echo "no opponent engine (fairymax or hoichess) is installed: skipped"
-    exit 77
-fi
+# Fairy-Max plays differently when told its opponent is a program: keep it quiet.
+OPPONENT=$(command -v fairymax) || { echo "fairymax is not installed: skipped"; exit 77; }
 
 rm -rf "$WORK"
 mkdir -p "$WORK/engine" "$WORK/opponent" "$WORK/home"
 WORK=$(cd "$WORK" && pwd)
 ENGINE=$(cd "$(dirname "$ENGINE")" && pwd)/$(basename "$ENGINE")
 # The search runs on the clock alone, and the game log is on so that it is exercised too.
-if [ -n "$BOOK" ] && [ -f "$BOOK" ]; then
-    cp "$BOOK" "$WORK/engine/book.bin"
-    use_book=1
-else
-    use_book=0
-fi
+use_book=0
+[ -f "$BOOK" ] && cp "$BOOK" "$WORK/engine/book.bin" && use_book=1
 printf '[ENGINE]\nMaxDepth=32\n[LOG]\nLogGame=1\n[BOOK]\nBook=%d\nBookFile=book.bin\n' "$use_book" \
     > "$WORK/engine/quillfern.ini"
 
@@ -63,7 +50,7 @@ fail() {
 # is called a draw after 100 moves, so the run stays short.
 HOME=$WORK/home timeout -k 10 600 xvfb-run -a xboard -noGUI \
     -fcp "$ENGINE" -fd "$WORK/engine" $([ "$UCI" = 1 ] && echo -fUCI) \
-    -scp "$OPPONENT" -sd "$WORK/opponent" "$@" \
+    -scp "$OPPONENT" -sd "$WORK/opponent" -secondComputerString "" \
     -matchGames "$GAMES" -xexit \
     -mps 40 -tc "$TC" \
     -autoCallFlag true -adjudicateDrawMoves 100 \
@@ -102,9 +89,7 @@ awk -v games="$GAMES" '
 
 # What quillfern said: no refused move, and "Error" only for commands it does not use.
 grep '^[0-9]* <first : ' "$WORK/debug.txt" | sed 's/^[0-9]* <first : //' > "$WORK/engine.txt"
-if grep -q '^Illegal move' "$WORK/engine.txt"; then
-    fail "quillfern refused a move: $(grep '^Illegal move' "$WORK/engine.txt" | head -1)"
-fi
+grep -q '^Illegal move' "$WORK/engine.txt" && fail "quillfern refused a move: $(grep -m1 '^Illegal move' "$WORK/engine.txt")"
 grep -E '^(Error|tellusererror)' "$WORK/engine.txt" |
     grep -v -E '^Error \(unknown command\): ((accepted|rejected) .*|random|hard|easy|computer|result .*)$' \
         > "$WORK/errors.txt"
