@@ -39,4 +39,9 @@ struct PerftRow {
 constexpr int PerftRows = 6;
 extern const PerftRow PerftSuite[PerftRows];
 
+// Perft of any record, which it leaves as it is: the number of move sequences of the given
+// length, counting a position without a move as one when stalemate and none when mated. It
+// writes at most the two records above CurrentPosition (positions it must play out through the
+// lists and make_move go there). perft() counts from CurrentPosition.
+std::uint64_t perft_of(const Position& p, std::uint32_t depth);
 std::uint64_t perft(std::uint32_t depth);

@@ -14,38 +14,6 @@ const PerftRow PerftSuite[PerftRows] = {
 // checkmate, at every depth from 1 on. The same rule applies when the counts of the legal moves
 // add up to zero (each ends in checkmate): only the total is looked at.
 //
-// The last ply is counted without making its moves (count_legal_moves), and above it only the
-// moves that pass the legality test are made: neither changes a count, as a move made only to
-// be found illegal adds nothing.
-std::uint64_t perft(std::uint32_t depth) {
-    if (depth == 0) return 1;
-    std::uint64_t total = 0;
-    if (depth == 1) {
-        total = std::uint64_t(count_legal_moves());
-    } else {
-        const KingSafety ks = king_safety();
-        MoveList captures;
-        generate_captures(captures);
-        while (captures.count > 0) {
-            const Move m = pick_best_move(captures);
-            if (move_is_legal(m, ks)) {
-                make_move(m);
-                total += perft(depth - 1);
-                take_back();
-            }
-            --captures.count;
-        }
-
-        QuietList quiets;
-        generate_quiet_moves(quiets);
-        for (int i = int(quiets.count) - 1; i >= 0; --i) {
-            if (!move_is_legal(quiets.moves[i], ks)) continue;
-            make_move(quiets.moves[i]);
-            total += perft(depth - 1);
-            take_back();
-        }
-    }
-
-    if (total != 0) return total;
-    return in_check() ? 0 : 1;
-}
+// The count itself (perft_count.cpp) makes no move it would have to take back: the last ply is
+// counted from target sets, and above it only legal moves are made, on local records.
+std::uint64_t perft(std::uint32_t depth) { return perft_of(*CurrentPosition, depth); }

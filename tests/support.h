@@ -43,8 +43,24 @@ inline std::vector<Move> legal_moves_by_making() {
     return legal;
 }
 
+// Perft as the count is defined: every generated move made, tested and taken back.
+inline std::uint64_t perft_by_making(std::uint32_t depth) {
+    if (depth == 0) return 1;
+    const std::vector<Move> legal = legal_moves_by_making();
+    std::uint64_t total = depth == 1 ? legal.size() : 0;
+    for (std::size_t i = 0; depth > 1 && i < legal.size(); ++i) {
+        make_move(legal[i]);
+        total += perft_by_making(depth - 1);
+        take_back();
+    }
+    if (total != 0) return total;
+    return in_check() ? 0 : 1;
+}
+
 // Pins, en passant that bares the king along a rank, castling beside attacks and beside the
-// other king, promotions for both sides, lists filled to their room, two kings or none.
+// other king, promotions for both sides, lists filled to their room, two kings or none, double
+// checks, en passant taking the checker or beside a knight's check, mates and stalemates a move
+// or two away, a capture in the corner that ends castling.
 inline const char* const AwkwardStarts[] = {
     "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
     "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
@@ -59,6 +75,11 @@ inline const char* const AwkwardStarts[] = {
     "QpQpQpQk/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpK w - - 0 1",
     "K6k/8/8/8/8/8/8/K7 w - - 0 1",
     "8/8/8/3q4/8/8/8/R6k w - - 0 1",
+    "4k3/8/8/4N3/8/8/8/4RK2 w - - 0 1",
+    "8/8/8/2k5/3Pp3/8/8/4K3 b - d3 0 1",
+    "k7/8/2K5/8/8/8/8/1Q6 w - - 0 1",
+    "8/8/8/3pP3/8/5n2/8/4K2k w - d6 0 1",
+    "r3k3/8/8/8/8/8/r5B1/6K1 w q - 0 1",
 };
 
 // Calls visit at every position of a few random games from each awkward start; visit must

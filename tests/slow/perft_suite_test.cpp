@@ -1,13 +1,11 @@
 // The perft benchmark as the console's "test" runs it: every row's expected and calculated
-// counts, the total, and the report's layout.
-#include <gtest/gtest.h>
-
+// counts, the total, and the report's layout; and the same counts by making every move.
 #include <cstdio>
 #include <sstream>
 #include <string>
 
 #include "front/front.h"
-#include "movegen/movegen.h"
+#include "tests/support.h"
 
 TEST(PerftSuite, TheBenchmarkReportsEveryExpectedCount) {
     testing::internal::CaptureStdout();
@@ -30,4 +28,13 @@ TEST(PerftSuite, TheBenchmarkReportsEveryExpectedCount) {
     // The board keeps the last position of the suite.
     new_game();
     ASSERT_EQ(read_fen(PerftSuite[PerftRows - 1].fen), 1);
+}
+
+// The counts as defined, every generated move made, tested and taken back (half a minute).
+TEST(PerftSuite, MakingEveryMoveGivesTheExpectedCounts) {
+    for (const PerftRow& row : PerftSuite) {
+        SCOPED_TRACE(row.fen);
+        set_up(row.fen);
+        EXPECT_EQ(perft_by_making(row.depth), row.expected);
+    }
 }
