@@ -107,14 +107,6 @@ Then new_game_as_black(const char*) {
     new_game();
     return NextLine;
 }
-Then post(const char*) {
-    PostThinking = 1;
-    return NextLine;
-}
-Then nopost(const char*) {
-    PostThinking = 0;
-    return NextLine;
-}
 // "mate", "see" and "killer" turn the thinking on with their position; "good" only lists.
 Then mate(const char*) {
     PostThinking = 1;
@@ -141,10 +133,6 @@ Then undo(const char*) {
     Shell->show_board();
     return NextLine;
 }
-Then go(const char*) {
-    EngineColor = std::uint8_t(CurrentPosition->blackToMove);
-    return EngineTurn;
-}
 Then force(const char*) {
     EngineColor = 'c';
     return NextLine;
@@ -164,10 +152,6 @@ Then move_time(const char* line) {
         output(Screen, "Time control set with value %d sec\n", n);
     else
         output(Screen, "Error: insert a number > 0 \n");
-    return NextLine;
-}
-Then stat(const char*) {
-    output(Screen, "#DEBUG stat\n");
     return NextLine;
 }
 // The analysis reads the input itself; an end of input stops it, and the next read here meets
@@ -207,11 +191,11 @@ Then ini(const char*) {
 
 // In the order they are tried; the first that matches wins. "sd" and "st" are prefixes.
 constexpr Command Commands[] = {
-    {"help", false, help},      {"new", false, new_game_as_black}, {"post", false, post},
+    {"help", false, help},      {"new", false, new_game_as_black}, {"post", false, post_command},
     {"mate", false, mate},      {"see", false, see_command},       {"killer", false, killer},
-    {"good", false, good},      {"nopost", false, nopost},         {"undo", false, undo},
-    {"go", false, go},          {"force", false, force},           {"sd", true, depth},
-    {"st", true, move_time},    {".", false, stat},                {"analyze", false, analysis},
+    {"good", false, good},      {"nopost", false, nopost_command},         {"undo", false, undo},
+    {"go", false, go_command},          {"force", false, force},           {"sd", true, depth},
+    {"st", true, move_time},    {".", false, stat_command},                {"analyze", false, analysis},
     {"exit", false, exit_command}, {"quit", false, quit},          {"b", false, board},
     {"param", false, param},    {"book", false, book},             {"test", false, test},
     {"ini", false, ini},

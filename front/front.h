@@ -110,6 +110,11 @@ struct Command {
 };
 // Runs the first command of the table that matches the line; Unknown when none does.
 Then dispatch(const Command* table, std::size_t count, const char* line);
+// The commands both front ends share: "post", "nopost", "go", ".".
+Then post_command(const char* line);
+Then nopost_command(const char* line);
+Then go_command(const char* line);
+Then stat_command(const char* line);
 // "sd N" and "st N", read as "%d" reads after the two letters: true and the setting changed when
 // the number is in range (2 to MaxPly; 1 second or more). n is what was read.
 bool set_depth_limit(const char* line, std::int32_t& n, bool& read);

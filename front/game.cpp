@@ -106,6 +106,27 @@ Then dispatch(const Command* table, std::size_t count, const char* line) {
     return Unknown;
 }
 
+Then post_command(const char*) {
+    PostThinking = 1;
+    return NextLine;
+}
+
+Then nopost_command(const char*) {
+    PostThinking = 0;
+    return NextLine;
+}
+
+// The engine takes the side to move, and moves at once when it is not over.
+Then go_command(const char*) {
+    EngineColor = std::uint8_t(CurrentPosition->blackToMove);
+    return EngineTurn;
+}
+
+Then stat_command(const char*) {
+    output(Screen, "#DEBUG stat\n");
+    return NextLine;
+}
+
 int read_int(const char*& text, std::int32_t& value) {
     const char* p = text;
     while (std::isspace(static_cast<unsigned char>(*p))) ++p;

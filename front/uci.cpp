@@ -233,7 +233,7 @@ bool go_number(Words& words, const char* name, std::int64_t& value) {
 // nodes ends the search once that many moves are made; mate N searches to the depth of a mate in
 // N. movestogo and ponder are taken and not used (the budget spreads the clock over SuddenDeath
 // moves; the engine does not think on the opponent's time).
-Then go_command(const char* line) {
+Then go(const char* line) {
     Words words{line + 2};
     Go go;
     std::int64_t clocks[4] = {-1, -1, 0, 0}, depth = 0, movetime = -1, nodes = 0, mate = 0, ignored;
@@ -301,7 +301,7 @@ Then ignored(const char*) { return NextLine; } // "debug", "register", a "stop" 
 // The first word of the line names the command.
 constexpr Command Commands[] = {
     {"uci", false, uci},           {"isready", false, isready},   {"ucinewgame", false, ucinewgame},
-    {"setoption", false, setoption}, {"position", false, position}, {"go", false, go_command},
+    {"setoption", false, setoption}, {"position", false, position}, {"go", false, go},
     {"stop", false, ignored},      {"debug", false, ignored},     {"register", false, ignored},
     {"quit", false, quit},
 };

@@ -32,29 +32,13 @@ Then new_game_as_black(const char*) {
     new_game();
     return EngineTurn;
 }
-Then post(const char*) {
-    PostThinking = 1;
-    return NextLine;
-}
-Then nopost(const char*) {
-    PostThinking = 0;
-    return NextLine;
-}
 Then undo(const char*) {
     take_back();
     return NextLine;
 }
-Then go(const char*) {
-    EngineColor = std::uint8_t(CurrentPosition->blackToMove);
-    return EngineTurn;
-}
 Then force(const char*) {
     output(Screen, "#DEBUG force\n");
     EngineColor = 'c';
-    return NextLine;
-}
-Then stat(const char*) {
-    output(Screen, "#DEBUG stat\n");
     return NextLine;
 }
 // The analysis reads the input itself; an end of input stops it, and the next read here meets
@@ -176,9 +160,9 @@ Then usermove(const char* line) {
 
 // In the order they are tried; the first that matches wins.
 constexpr Command Commands[] = {
-    {"protover 2", false, features}, {"new", false, new_game_as_black}, {"post", false, post},
-    {"nopost", false, nopost},       {"undo", false, undo},             {"go", false, go},
-    {"force", false, force},         {".", false, stat},                {"analyze", false, analysis},
+    {"protover 2", false, features}, {"new", false, new_game_as_black}, {"post", false, post_command},
+    {"nopost", false, nopost_command},       {"undo", false, undo},             {"go", false, go_command},
+    {"force", false, force},         {".", false, stat_command},                {"analyze", false, analysis},
     {"exit", false, exit_command},   {"setboard", true, setboard},      {"sd", true, depth},
     {"st", true, move_time},         {"level", true, level},            {"time", true, time},
     {"otim", true, otim},            {"ping", true, ping},              {"name", true, name},
