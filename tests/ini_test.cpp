@@ -126,34 +126,6 @@ TEST_F(IniTest, MissingAndHostileFiles) {
     EXPECT_EQ(ini_read_long("A", "j", 0, path.c_str()), 5);
 }
 
-// The death message carries the assertion's text exactly; regex characters in it are escaped.
-std::string failed_assertion(const std::string& text) {
-    std::string pattern;
-    for (char c : "Assertion `" + text + "' failed") {
-        if (std::strchr("\\^$.|?*+()[]{}", c)) pattern += '\\';
-        pattern += c;
-    }
-    return pattern;
-}
-
-TEST(IniDeathTest, BrokenPreconditionsStopWithTheirReason) {
-    char buffer[8] = "abcdefg";
-    int mode;
-    std::FILE* fp = std::tmpfile();
-    ASSERT_NE(fp, nullptr);
-    EXPECT_DEATH(ini_copy_text(buffer, "x", 0, QUOTING_NONE), failed_assertion("maxlen>0"));
-    EXPECT_DEATH(ini_copy_text(buffer + 1, buffer, 4, QUOTING_NONE),
-                 failed_assertion("dest <= source || dest >= source + maxlen"));
-    EXPECT_DEATH(ini_copy_text(buffer, "x", 4, 3), failed_assertion("0"));
-    EXPECT_DEATH(ini_clean_value(nullptr, &mode), failed_assertion("string != NULL"));
-    EXPECT_DEATH(ini_clean_value(buffer, nullptr), failed_assertion("quotes != NULL"));
-    EXPECT_DEATH((void)ini_find_entry(nullptr, "A", "k", -1, -1, buffer, 8),
-                 failed_assertion("fp != NULL"));
-    EXPECT_DEATH((void)ini_find_entry(fp, nullptr, nullptr, -1, -1, buffer, 8),
-                 failed_assertion("Key != NULL || idxKey >= 0"));
-    std::fclose(fp);
-}
-
 // Settings are globals: every test leaves the defaults behind, with no log open.
 class SettingsTest : public ScratchDir {
   protected:

@@ -116,30 +116,6 @@ TEST(Perft, SmallDepthsOfKnownPositions) {
     }
 }
 
-// Lists at their room in contrived positions: the tactical list stops at 100, the quiet list
-// holds the 277 moves of a ring of queens, and perft still runs.
-TEST(Generators, ContrivedPositionsNeverOverfillTheLists) {
-    const struct {
-        const char* fen;
-        std::uint32_t captures, quiets;
-    } cases[] = {
-        {"QpQpQpQk/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpK w - - 0 1",
-         MoveListSize, 0},
-        {"QQQQQQQk/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/KQQQQQQB w - - 0 1", 2, 277},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fen);
-        set_up(c.fen);
-        MoveList captures;
-        QuietList quiets;
-        generate_captures(captures);
-        generate_quiet_moves(quiets);
-        EXPECT_EQ(captures.count, c.captures);
-        EXPECT_EQ(quiets.count, c.quiets);
-        perft(2);
-    }
-}
-
 // The counts taken without making moves (perft to depth 3 among them), and the list onto one
 // square, agree with the full lists and with making every move, wherever random play leads.
 TEST(Counting, AgreesWithTheListsAndWithMakingEveryMove) {

@@ -73,6 +73,7 @@ inline const char* const AwkwardStarts[] = {
     "n1n5/PPPk4/8/8/8/8/4Kppp/5N1N b - - 0 1",
     "rnbqkbnr/PPPPPPPP/8/8/8/8/8/4K3 w - - 0 1",
     "QpQpQpQk/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpQ/QpQpQpQp/pQpQpQpK w - - 0 1",
+    "QQQQQQQk/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/Q6Q/KQQQQQQB w - - 0 1", // 277 quiet moves
     "K6k/8/8/8/8/8/8/K7 w - - 0 1",
     "8/8/8/3q4/8/8/8/R6k w - - 0 1",
     "4k3/8/8/4N3/8/8/8/4RK2 w - - 0 1",
