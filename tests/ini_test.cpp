@@ -113,19 +113,6 @@ TEST_F(IniTest, NumbersAndFlags) {
     EXPECT_STREQ(buffer, "def");
 }
 
-// Files that are no INI file: a missing one, a folder, a value far longer than any buffer.
-TEST_F(IniTest, MissingAndHostileFiles) {
-    char buffer[100];
-    for (const std::string& path : {dir + "/absent.ini", dir}) {
-        EXPECT_EQ(ini_read_string("A", "k", "fallback", buffer, sizeof buffer, path.c_str()), 8);
-        EXPECT_EQ(ini_read_long("", "k", 42, path.c_str()), 42);
-        EXPECT_EQ(ini_read_bool("A", "k", 1, path.c_str()), 1);
-    }
-    const std::string path = write_file("long.ini", "[A]\nk=" + std::string(200 * 1024, 'v') + "\nj=5\n");
-    EXPECT_EQ(ini_read_string("A", "k", "d", buffer, sizeof buffer, path.c_str()), 99);
-    EXPECT_EQ(ini_read_long("A", "j", 0, path.c_str()), 5);
-}
-
 // Settings are globals: every test leaves the defaults behind, with no log open.
 class SettingsTest : public ScratchDir {
   protected:
