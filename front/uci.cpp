@@ -1,6 +1,7 @@
 // UCI driver: the commands a UCI interface sends, the position it sets up with its moves, the
 // search it starts with its clocks, and the lines it may send while the engine thinks ("stop",
 // "quit", "isready" are answered at once; the others wait their turn).
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 
@@ -220,44 +221,63 @@ bool go_number(Words& words, const char* name, std::int64_t& value) {
     std::int32_t n     = 0;
     if (words.next(word, sizeof word)) {
         const char* text = word;
-        if (read_int(text, n) && *text == '\0') return value = n, true;
+        if (read_int(text, n) && *text == '\0') {
+            value = n;
+            return true;
+        }
     }
     words.rest = before;
-    output(Screen, "info string go %s needs a number\n", name);
+    info("go %s needs a number", name);
     return false;
 }
 
+// What "go" asks for: -1 where a number was not given.
+struct GoRequest {
+    std::int64_t clocks[4] = {-1, -1, 0, 0}; // wtime, btime, winc, binc
+    std::int64_t depth = -1, movetime = -1, nodes = -1, mate = -1;
+    bool infinite      = false;
+};
+
 // "go [wtime N] [btime N] [winc N] [binc N] [movestogo N] [depth N] [movetime N] [nodes N]
-// [mate N] [infinite] [ponder]": the clocks of the side to move and of the other feed the time
-// budget as the protocol's clocks do; movetime is the limit per move; depth caps the deepening;
-// nodes ends the search once that many moves are made; mate N searches to the depth of a mate in
-// N. movestogo and ponder are taken and not used (the budget spreads the clock over SuddenDeath
-// moves; the engine does not think on the opponent's time).
-Then go(const char* line) {
+// [mate N] [infinite] [ponder]". movestogo and ponder are taken and not used: the budget spreads
+// the clock over SuddenDeath moves, and the engine does not think on the opponent's time.
+GoRequest read_go(const char* line) {
+    static const char* const Numbers[] = {"wtime", "btime", "winc", "binc", "depth",
+                                          "movetime", "nodes", "mate", "movestogo"};
+    GoRequest go;
+    std::int64_t* const fields[] = {&go.clocks[0], &go.clocks[1], &go.clocks[2], &go.clocks[3],
+                                    &go.depth,     &go.movetime,  &go.nodes,     &go.mate};
+    std::int64_t ignored = 0;
     Words words{line + 2};
-    Go go;
-    std::int64_t clocks[4] = {-1, -1, 0, 0}, depth = 0, movetime = -1, nodes = 0, mate = 0, ignored;
-    const char* const clock_words[4] = {"wtime", "btime", "winc", "binc"};
     char word[32];
     while (words.next(word, sizeof word)) {
-        bool known = false;
-        for (int i = 0; i < 4; ++i)
-            if (std::strcmp(word, clock_words[i]) == 0) known = true, go_number(words, word, clocks[i]);
-        if (known) continue;
-        if (std::strcmp(word, "depth") == 0) go_number(words, word, depth);
-        else if (std::strcmp(word, "movetime") == 0) go_number(words, word, movetime);
-        else if (std::strcmp(word, "nodes") == 0) go_number(words, word, nodes);
-        else if (std::strcmp(word, "mate") == 0) go_number(words, word, mate);
-        else if (std::strcmp(word, "movestogo") == 0) go_number(words, word, ignored);
-        else if (std::strcmp(word, "infinite") == 0) go.infinite = true;
-        else if (std::strcmp(word, "ponder") != 0 && std::strcmp(word, "searchmoves") != 0)
-            output(Screen, "info string go: %s is not understood\n", word);
+        const auto number = std::find_if(std::begin(Numbers), std::end(Numbers),
+                                         [&](const char* name) { return std::strcmp(word, name) == 0; });
+        if (number != std::end(Numbers)) {
+            const std::size_t i = std::size_t(number - std::begin(Numbers));
+            go_number(words, word, i < std::size(fields) ? *fields[i] : ignored);
+        } else if (std::strcmp(word, "infinite") == 0) {
+            go.infinite = true;
+        } else if (std::strcmp(word, "ponder") != 0) {
+            info("go: %s is not understood", word);
+        }
     }
+    return go;
+}
+
+// The clocks of the side to move and of the other feed the time budget as the protocol's clocks
+// do; movetime is the limit of this move; depth caps the deepening; nodes ends the search once
+// that many moves are made; mate N searches to the depth of a mate in N.
+Then go(const char* line) {
+    const GoRequest request = read_go(line);
+    Go go;
+    go.infinite = request.infinite;
+    const std::int64_t* clocks = request.clocks;
     const int us = CurrentPosition->blackToMove;
     if (clocks[us] >= 0) engineTime = saturate_centis(clocks[us] / 10);
     if (clocks[1 - us] >= 0) opponentTime = saturate_centis(clocks[1 - us] / 10);
     if (clocks[us] >= 0) increment = saturate_centis(clocks[2 + us] / 10);
-    go.node_limit = nodes > 0 ? std::uint64_t(nodes) : 0;
+    go.node_limit = request.nodes > 0 ? std::uint64_t(request.nodes) : 0;
 
     SearchStartTime = clock_ms();
     char move[8]    = "0000";
@@ -272,9 +292,9 @@ Then go(const char* line) {
 
     allocatedTime = allocate_time(engineTime, opponentTime, increment, SuddenDeath).allocated;
     SearchLimits limits{MaxDepth, moveTime, allocatedTime, SearchStartTime, true};
+    const std::int64_t depth = request.mate > 0 ? 2 * request.mate + 1 : request.depth;
     if (depth > 0) limits.maxDepth = depth < 2 ? 2 : depth > MaxPly ? MaxPly : int(depth);
-    if (mate > 0) limits.maxDepth = 2 * mate + 1 > MaxPly ? MaxPly : int(2 * mate + 1);
-    if (movetime >= 0) limits.moveTime = saturate_centis(movetime / 10);
+    if (request.movetime >= 0) limits.moveTime = saturate_centis(request.movetime / 10);
     if (go.infinite) limits.moveTime = limits.budget = INT32_MAX;
     SearchHooks hooks;
     hooks.context     = &go;
