@@ -66,22 +66,6 @@ TEST(Fen, RejectedTexts) {
     EXPECT_EQ(occupied(*CurrentPosition) & Rank1, 0u);
 }
 
-// The lookups over random occupancies are the plain rule, which perft's counts check; here the
-// contract's corner: an occupancy that lacks the square gives nothing.
-TEST(Attacks, TablesAndTheirCorners) {
-    std::mt19937_64 random(20240613);
-    for (Square s = 0; s < 64; ++s) {
-        const Bitboard occ = random() & ~bit(s);
-        EXPECT_EQ(rook_attacks(s, occ) | bishop_attacks(s, occ), 0u) << s;
-    }
-    EXPECT_EQ(rook_attacks(sq("a1"), bit(sq("a1")) | bit(sq("d1")) | bit(sq("a3"))),
-              bit(sq("b1")) | bit(sq("c1")) | bit(sq("d1")) | bit(sq("a2")) | bit(sq("a3")));
-    EXPECT_EQ(KingAttacks[sq("h8")], 0x40C0000000000000ull);
-    EXPECT_EQ(KnightAttacks[sq("d4")], 0x0000142200221400ull);
-    EXPECT_EQ(Between[sq("h8")][sq("a1")], 0x0040201008040200ull);
-    EXPECT_EQ(LineThrough[sq("b1")][sq("c3")], 0u);
-}
-
 TEST(Attacks, KingTests) {
     set_up("7k/6Q1/6K1/8/8/8/8/8 b - - 0 1");
     EXPECT_EQ(in_check(), bit(14)); // the queen on g7, seen from Black's side

@@ -99,18 +99,6 @@ TEST_F(IniTest, NumbersAndFlags) {
         EXPECT_EQ(ini_read_long("N", "n", -99, path.c_str()), c.number);
         EXPECT_EQ(ini_read_bool("N", "n", -1, path.c_str()), c.flag);
     }
-    // The string getter keeps to its buffer; unusable arguments write nothing at all.
-    const std::string path = write_file("s.ini", "[A]\nk=abcdef\nq=\"a\"\"b\"\"c\"\n");
-    char buffer[8] = "intact";
-    EXPECT_EQ(ini_read_string("A", "k", "d", buffer, 0, path.c_str()), 0);
-    EXPECT_EQ(ini_read_string("A", nullptr, "d", buffer, 8, path.c_str()), 0);
-    EXPECT_STREQ(buffer, "intact");
-    EXPECT_EQ(ini_read_string("A", "k", "x", buffer, 4, path.c_str()), 3);
-    EXPECT_STREQ(buffer, "abc");
-    EXPECT_EQ(ini_read_string("A", "q", "x", buffer, 3, path.c_str()), 2);
-    EXPECT_STREQ(buffer, "a\"");
-    EXPECT_EQ(ini_read_string("A", "none", "defaults", buffer, 4, path.c_str()), 3);
-    EXPECT_STREQ(buffer, "def");
 }
 
 // Settings are globals: every test leaves the defaults behind, with no log open.

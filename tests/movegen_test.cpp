@@ -76,29 +76,6 @@ TEST(Generators, Castling) {
     }
 }
 
-TEST(Perft, SmallDepthsOfKnownPositions) {
-    const struct {
-        const char* fen;
-        std::uint32_t depth;
-        std::uint64_t nodes;
-    } cases[] = {
-        {PerftSuite[0].fen, 3, 8902},    {PerftSuite[1].fen, 1, 48},
-        {PerftSuite[1].fen, 3, 97862},   {PerftSuite[2].fen, 4, 43238},
-        {PerftSuite[3].fen, 3, 9467},    {PerftSuite[4].fen, 3, 53392},
-        {PerftSuite[5].fen, 3, 89890},   {PerftSuite[0].fen, 0, 1},
-        {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 3, 1}, // stalemate counts one at every depth
-        {"7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", 2, 0}, // mate none
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.fen) + " depth " + std::to_string(c.depth));
-        set_up(c.fen);
-        const Position saved = *CurrentPosition;
-        EXPECT_EQ(perft(c.depth), c.nodes);
-        EXPECT_EQ(CurrentPosition, &PositionStack[0]);
-        EXPECT_EQ(std::memcmp(&saved, CurrentPosition, sizeof saved), 0);
-    }
-}
-
 // The counts taken without making moves (perft to depth 3 among them), and the list onto one
 // square, agree with the full lists and with making every move, wherever random play leads.
 TEST(Counting, AgreesWithTheListsAndWithMakingEveryMove) {

@@ -25,36 +25,23 @@ execute_process(COMMAND ${ENGINE}
 if(NOT status EQUAL 0)
     message(FATAL_ERROR "${NAME}: the engine ended with status ${status}")
 endif()
-# Applies NAME.sed, when there is one, to a file the engine wrote; the masked copy's name is
-# returned in the variable named by result.
-function(masked file result)
-    set(${result} ${file} PARENT_SCOPE)
+# Compares a file the engine wrote, masked by NAME.sed when there is one, with the expected one.
+function(check got expected)
     if(EXISTS ${SOURCE_DIR}/${NAME}.sed)
-        execute_process(COMMAND sed -E -f ${SOURCE_DIR}/${NAME}.sed ${file}
-                        OUTPUT_FILE ${file}.masked
-                        RESULT_VARIABLE status)
-        if(NOT status EQUAL 0)
-            message(FATAL_ERROR "${NAME}: sed failed on ${NAME}.sed")
-        endif()
-        set(${result} ${file}.masked PARENT_SCOPE)
+        execute_process(COMMAND sed -E -f ${SOURCE_DIR}/${NAME}.sed ${got} OUTPUT_FILE ${got}.masked)
+        set(got ${got}.masked)
     endif()
-endfunction()
-
-function(compare got expected)
-    execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${got} ${expected}
-                    RESULT_VARIABLE differs)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${got} ${expected} RESULT_VARIABLE differs)
     if(differs)
         execute_process(COMMAND diff -u ${expected} ${got})
         message(FATAL_ERROR "${NAME}: ${got} differs from ${expected}")
     endif()
 endfunction()
 
-masked(${WORK_DIR}/${NAME}.actual actual)
-compare(${actual} ${SOURCE_DIR}/${NAME}.out)
+check(${WORK_DIR}/${NAME}.actual ${SOURCE_DIR}/${NAME}.out)
 if(EXISTS ${SOURCE_DIR}/${NAME}.log)
     if(NOT EXISTS ${WORK_DIR}/quillfern.log)
         message(FATAL_ERROR "${NAME}: the engine wrote no game log")
     endif()
-    masked(${WORK_DIR}/quillfern.log log)
-    compare(${log} ${SOURCE_DIR}/${NAME}.log)
+    check(${WORK_DIR}/quillfern.log ${SOURCE_DIR}/${NAME}.log)
 endif()

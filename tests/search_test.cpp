@@ -73,50 +73,6 @@ TEST(See, HandWorkedExchanges) {
     }
 }
 
-// The exchange as it is defined: every tactical move of every step made to test its legality.
-int see_by_making(Move m) {
-    constexpr int values[7] = {0, 100, 300, 300, 500, 950, 10000};
-    const int gain          = values[piece_type_at(*CurrentPosition, move_to(m))];
-    make_move(m);
-    int result = 0;
-    if (!move_left_king_in_check()) {
-        MoveList all, legal{};
-        generate_captures(all);
-        for (std::uint32_t i = all.count; i-- > 0;) {
-            make_move(all.entries[i].move);
-            if (!move_left_king_in_check()) legal.entries[legal.count++] = all.entries[i];
-            take_back();
-        }
-        const MoveEntry* best = nullptr;
-        for (std::uint32_t i = legal.count; i-- > 0;)
-            if (move_to(legal.entries[i].move) == (move_to(m) ^ 56) &&
-                (!best || legal.entries[i].score > best->score))
-                best = &legal.entries[i];
-        result = gain - (best ? see_by_making(best->move) : 0);
-    }
-    take_back();
-    return result;
-}
-
-// The exchanges count their trials without making them; every value and node count must be what
-// making them all gives.
-TEST(See, ValuesAndNodesAsIfEveryTrialWereMade) {
-    for_each_random_position(5, 3, 60, [&](const std::string& where) {
-        SCOPED_TRACE(where);
-        MoveList all;
-        generate_captures(all);
-        for (std::uint32_t i = 0; i < all.count; ++i) {
-            const Move m       = all.entries[i].move;
-            IterationNodeCount = 0;
-            const int slow     = see_by_making(m);
-            const std::uint32_t slow_nodes = IterationNodeCount;
-            IterationNodeCount = 0;
-            ASSERT_EQ(see(m), slow) << text_of(m);
-            ASSERT_EQ(IterationNodeCount, slow_nodes) << text_of(m);
-        }
-    });
-}
-
 struct Deepened {
     int score;
     std::uint32_t nodes; // moves made by the last iteration
