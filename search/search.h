@@ -20,6 +20,14 @@ struct PrincipalVariation {
     Move moves[StoredPvMoves];
 };
 
+// The line through move m: m, then the child's line, keeping the child's true length.
+inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariation& child) {
+    line.moves[0] = m;
+    int stored    = child.length < StoredPvMoves - 1 ? child.length : StoredPvMoves - 1;
+    for (int i = 0; i < stored; ++i) line.moves[i + 1] = child.moves[i];
+    line.length = child.length + 1;
+}
+
 // Milliseconds from the time of day, wrapping as unsigned 32 bits.
 std::uint32_t clock_ms();
 
@@ -86,6 +94,9 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
 int quiesce(int alpha, int beta, int mate_score);
 extern PrincipalVariation RootVariation;
 extern std::int32_t SearchStopped; // 1 once the current search must end
+// Whether the search started by start_search must end: its time is up, or its interruption hook
+// (asked every 2048th time) says so; sets SearchStopped.
+bool time_to_stop();
 
 // Move ordering: two killers per remaining depth (slot 0 unused), a counter per from-to pair.
 extern std::array<std::array<Move, 2>, MaxPly + 1> KillerMoves;
