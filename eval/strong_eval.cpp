@@ -171,12 +171,11 @@ constexpr int MobilityEnd[7]    = {0, 0, 4, 5, 4, 2, 0};
 constexpr int MobilityCenter[7] = {0, 0, 4, 6, 7, 13, 0};
 
 // King safety: each piece whose attacks reach the opponent king's zone adds its weight per
-// zone square; from two such pieces on the sum weighs in quadratically, up to a cap.
+// zone square; from two such pieces on the sum weighs in quadratically, up to a cap (close to
+// the attack-unit tables published for this scheme: 20 units about 70, 30 about 150).
 constexpr int AttackWeight[7] = {0, 0, 2, 2, 3, 5, 0};
-constexpr int king_attack(int units) {
-    return units * units * 3 / 2 < 500 ? units * units * 3 / 2 : 500;
-}
-static_assert(king_attack(10) == 150 && king_attack(30) == 500);
+constexpr int king_attack(int units) { return units * units / 6 < 500 ? units * units / 6 : 500; }
+static_assert(king_attack(20) == 66 && king_attack(30) == 150 && king_attack(60) == 500);
 // The pawn shield of a king on its first two ranks, per file beside and on the king's: a pawn
 // one rank ahead is whole, two ranks ahead is half, none costs; a file without any pawn more.
 constexpr int ShieldAdvanced = -10, ShieldMissing = -25, OpenFileByKing = -15;

@@ -136,6 +136,9 @@ void store_table(std::uint64_t key, int depth, int score, Bound bound, Move move
     TableEntry* slot   = &bucket[0];
     for (int i = 0; i < TableBucketSize; ++i) {
         if (bucket[i].key == key) {
+            // A shallower result of this search (a quiescence one above all) keeps the deeper
+            // one's place, unless it is exact.
+            if (bound != ExactBound && depth + 3 < bucket[i].depth && age_of(bucket[i]) == 0) return;
             slot = &bucket[i];
             if (move == 0) move = slot->move;
             break;
