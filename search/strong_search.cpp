@@ -28,6 +28,9 @@ constexpr int HistoryMax = 16384;
 // The iteration in progress: its depth, and the best root move searched to the end with its
 // score (0 when none has been yet).
 int RootDepth;
+// The static score of each node on the path (-Infinity in check): a side whose score has risen
+// since its last move is improving, and is pruned less.
+std::array<int, PlyLimit + 1> StaticEvals;
 Move RootBest;
 int RootScore;
 std::uint32_t QuiescenceNodes;
@@ -39,6 +42,7 @@ constexpr int FutilityDepth = 3, FutilityBase = 100, FutilityPerPly = 90;
 constexpr int LateMoveDepth = 4; // the quiet moves tried at depth d are at most 3 + d * d
 constexpr int NullMoveDepth = 3, NullMoveBase = 3, NullMoveDivisor = 200;
 constexpr int ExchangePruneDepth = 3, ExchangePruneMargin = 100;
+constexpr int QuietExchangeDepth = 7, QuietExchangeMargin = 60;
 constexpr int DeltaMargin     = 200;
 constexpr int AspirationDepth = 5, AspirationWindow = 20;
 
@@ -197,10 +201,13 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
 
     // Step 4. Pruning before any move, away from the principal line and out of check.
     const int static_eval = checkers ? -Infinity : strong_evaluate();
+    StaticEvals[ply]      = static_eval;
+    const bool improving =
+        !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity || static_eval > StaticEvals[ply - 2]);
     if (!pv && !checkers) {
         // Reverse futility: so far above beta that a shallow search would not come down.
         if (depth <= ReverseFutilityDepth && beta > -MateBound && beta < MateBound &&
-            static_eval - ReverseFutilityMargin * depth >= beta)
+            static_eval - ReverseFutilityMargin * (depth - improving) >= beta)
             return static_eval;
         // Null move: if passing still holds beta, a real move will too (zugzwang aside).
         if (null_allowed && depth >= NullMoveDepth && static_eval >= beta && null_move_allowed()) {
@@ -237,14 +244,17 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         const bool quiet = is_quiet(m);
         const bool late  = !root && !checkers && best > -MateBound;
 
-        // Step 6. Moves not worth a search: late quiet moves near the horizon, quiet moves
-        // that cannot bring the score up to alpha, captures that lose too much. A move that
-        // gives check is always searched.
+        // Step 6. Moves not worth a search: late quiet moves near the horizon (fewer when not
+        // improving), quiet moves that cannot bring the score up to alpha or that lose the
+        // piece, captures that lose too much. A move that gives check is always searched.
         bool prune = false;
         if (late && !pv) {
-            prune = quiet ? (depth <= LateMoveDepth && quiets_tried >= 3 + depth * depth) ||
+            const int late_moves = improving ? 3 + depth * depth : (3 + depth * depth) / 2;
+            prune = quiet ? (depth <= LateMoveDepth && quiets_tried >= late_moves) ||
                                 (depth <= FutilityDepth &&
-                                 static_eval + FutilityBase + FutilityPerPly * depth <= alpha)
+                                 static_eval + FutilityBase + FutilityPerPly * depth <= alpha) ||
+                                (depth <= QuietExchangeDepth &&
+                                 exchange_gain(m) < -QuietExchangeMargin * depth)
                           : depth <= ExchangePruneDepth && list.scores[i] < 0 &&
                                 exchange_gain(m) < -ExchangePruneMargin * depth;
         }
@@ -266,6 +276,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
             if (depth >= 3 && quiet && !checkers && !gives_check) {
                 reduction = Reductions[depth < 63 ? depth : 63][legal < 63 ? legal : 63];
                 if (pv) --reduction;
+                if (!improving) ++reduction;
                 if (list.scores[i] >= KillerScore)
                     --reduction;
                 else
