@@ -28,18 +28,18 @@ constexpr int HistoryMax = 16384;
 // The iteration in progress: its depth, and the best root move searched to the end with its
 // score (0 when none has been yet).
 int RootDepth;
+Move RootBest;
+int RootScore;
 // The static score of each node on the path (-Infinity in check): a side whose score has risen
 // since its last move is improving, and is pruned less.
 std::array<int, PlyLimit + 1> StaticEvals;
-Move RootBest;
-int RootScore;
 std::uint32_t QuiescenceNodes;
 constexpr std::uint32_t QuiescenceClockInterval = 1024;
 
 // Margins and counts of the pruning, in hundredths of a pawn and in plies.
 constexpr int ReverseFutilityDepth = 6, ReverseFutilityMargin = 80;
 constexpr int FutilityDepth = 3, FutilityBase = 100, FutilityPerPly = 90;
-constexpr int LateMoveDepth = 4; // the quiet moves tried at depth d are at most 3 + d * d
+constexpr int LateMoveDepth = 4; // quiet moves tried at depth d: 3 + d * d, half when not improving
 constexpr int NullMoveDepth = 3, NullMoveBase = 3, NullMoveDivisor = 200;
 constexpr int ExchangePruneDepth = 3, ExchangePruneMargin = 100;
 constexpr int QuietExchangeDepth = 7, QuietExchangeMargin = 60;
