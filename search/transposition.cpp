@@ -24,8 +24,8 @@ constexpr int PieceKeys = 2 * 7 * 64, CastlingKeys = PieceKeys, FileKeys = Castl
               BlackKey = FileKeys + 8, KeyCount = BlackKey + 1;
 inline constexpr std::array<std::uint64_t, KeyCount> Zobrist = [] {
     std::array<std::uint64_t, KeyCount> table{};
-    std::uint64_t state =
-        0x5155494C4C46524Eull; // a fixed seed ("QUILLFRN"): the same keys every run
+    // A fixed seed ("QUILLFRN" in ASCII): the same keys in every run and every build.
+    std::uint64_t state = 0x5155494C4C46524Eull;
     for (auto& key : table) key = split_mix(state);
     return table;
 }();
