@@ -27,7 +27,8 @@ const char* const Positions[] = {
 // position), and its node total is the strong search's signature.
 int strong_bench(int depth) {
     if (!allocate_table()) return 1;
-    const SearchLimits unlimited{depth, INT32_MAX, INT32_MAX, clock_ms(), false};
+    // No clock; every iteration is reported, and its moves made are counted.
+    const SearchLimits limits{depth, INT32_MAX, INT32_MAX, clock_ms(), true};
     std::uint64_t total = 0;
     auto start = std::chrono::steady_clock::now();
     for (const char* fen : Positions) {
@@ -40,13 +41,12 @@ int strong_bench(int depth) {
         hooks.report  = [](void* context, const Iteration& it) {
             *static_cast<std::uint64_t*>(context) += it.nodes;
         };
-        const SearchResult result = strong_search_move({depth, INT32_MAX, INT32_MAX, clock_ms(), true}, hooks);
+        const SearchResult result = strong_search_move(limits, hooks);
         char move[6];
         move_to_text(move, result.move, CurrentPosition);
         std::printf("%-72s %6d %s %10llu\n", fen, result.score, move, (unsigned long long)nodes);
         total += nodes;
     }
-    (void)unlimited;
     double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     std::printf("Strong signature (depth %d): %llu nodes\n", depth, (unsigned long long)total);
     std::printf("Rate: %.0f nodes per second (%.2f s)\n", seconds > 0 ? total / seconds : 0.0, seconds);
