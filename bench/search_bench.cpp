@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "movegen/movegen.h"
 #include "search/search.h"
@@ -21,11 +22,43 @@ const char* const Positions[] = {
     "2r3k1/pp3ppp/2n5/3p4/3P4/2N2N2/PP3PPP/2R3K1 b - - 0 20",
 };
 
+
+// With "strong" after the depth, the strong search deepens to it instead (a fresh table for each
+// position), and its node total is the strong search's signature.
+int strong_bench(int depth) {
+    if (!allocate_table()) return 1;
+    // No clock; every iteration is reported, and its moves made are counted.
+    const SearchLimits limits{depth, INT32_MAX, INT32_MAX, clock_ms(), true};
+    std::uint64_t total = 0;
+    auto start = std::chrono::steady_clock::now();
+    for (const char* fen : Positions) {
+        new_game();
+        if (!read_fen(fen)) return 1;
+        clear_table();
+        std::uint64_t nodes = 0;
+        SearchHooks hooks;
+        hooks.context = &nodes;
+        hooks.report  = [](void* context, const Iteration& it) {
+            *static_cast<std::uint64_t*>(context) += it.nodes;
+        };
+        const SearchResult result = strong_search_move(limits, hooks);
+        char move[6];
+        move_to_text(move, result.move, CurrentPosition);
+        std::printf("%-72s %6d %s %10llu\n", fen, result.score, move, (unsigned long long)nodes);
+        total += nodes;
+    }
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    std::printf("Strong signature (depth %d): %llu nodes\n", depth, (unsigned long long)total);
+    std::printf("Rate: %.0f nodes per second (%.2f s)\n", seconds > 0 ? total / seconds : 0.0, seconds);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     int depth = argc > 1 ? std::atoi(argv[1]) : 6;
     if (depth < 2 || depth > MaxPly) depth = 6;
+    if (argc > 2 && std::strcmp(argv[2], "strong") == 0) return strong_bench(depth);
     const SearchLimits unlimited{depth, INT32_MAX, INT32_MAX, clock_ms(), false};
     std::uint64_t total = 0;
     auto start = std::chrono::steady_clock::now();

@@ -117,6 +117,11 @@ constexpr Bitboard diagonal_sliders(const Position& p) {
 constexpr Bitboard straight_sliders(const Position& p) {
     return p.typeBit2 & (p.typeBit0 | ~p.typeBit1);
 }
+// The pieces of one type, of either colour.
+constexpr Bitboard pieces_of_type(const Position& p, int type) {
+    return (type & 1 ? p.typeBit0 : ~p.typeBit0) & (type & 2 ? p.typeBit1 : ~p.typeBit1) &
+           (type & 4 ? p.typeBit2 : ~p.typeBit2);
+}
 constexpr int piece_type_at(const Position& p, Square sq) {
     return int((p.typeBit0 >> sq) & 1) | int(((p.typeBit1 >> sq) & 1) << 1) |
            int(((p.typeBit2 >> sq) & 1) << 2);

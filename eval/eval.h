@@ -1,4 +1,6 @@
-// Evaluation: material plus piece-square tables, from the side to move's point of view.
+// Evaluation, from the side to move's point of view: the classic one (material plus
+// piece-square tables) and the strong style's.
 #pragma once
 
 int evaluate();
+int strong_evaluate();

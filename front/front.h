@@ -21,6 +21,10 @@ extern std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
 constexpr int SettingTextSize = 100;
 extern char LogFile[SettingTextSize];
 extern char BookFile[SettingTextSize];
+// The search: "strong" (any letter case) for the strong style, anything else for the classic
+// one. StrongStyle is 1 while the strong style is chosen and its table allocated.
+extern char Style[SettingTextSize];
+extern std::int32_t StrongStyle;
 extern std::FILE* LogFileHandle;
 extern std::int32_t moveTime, engineTime, opponentTime, increment, allocatedTime;
 

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstring>
+#include <strings.h>
 
 #include "book/book.h"
 #include "front/front.h"
@@ -18,7 +19,8 @@ std::uint32_t SearchStartTime = 0;
 
 std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
 std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
-char LogFile[SettingTextSize], BookFile[SettingTextSize];
+char LogFile[SettingTextSize], BookFile[SettingTextSize], Style[SettingTextSize];
+std::int32_t StrongStyle = 0;
 std::FILE* LogFileHandle = nullptr;
 std::int32_t moveTime, engineTime, opponentTime = 0, increment = 0, allocatedTime;
 
@@ -28,6 +30,7 @@ constexpr SettingKey SettingKeys[] = {
     {"ENGINE", "MaxDepth", NumberSetting, MaxPly, 2, MaxPly, nullptr, &MaxDepth, nullptr},
     {"ENGINE", "MaxTime", NumberSetting, 360000, INT32_MIN, INT32_MAX, nullptr, &MaxTime, nullptr},
     {"ENGINE", "PostThinking", FlagSetting, 1, 0, 1, nullptr, &PostThinking, nullptr},
+    {"ENGINE", "Style", TextSetting, 0, 0, 0, "classic", nullptr, Style},
     {"LOG", "LogFile", TextSetting, 0, 0, 0, "quillfern.log", nullptr, LogFile},
     {"LOG", "LogGame", FlagSetting, 0, 0, 1, nullptr, &LogGame, nullptr},
     {"BOOK", "BookFile", TextSetting, 0, 0, 0, "book.bin", nullptr, BookFile},
@@ -46,8 +49,10 @@ void set_setting(const SettingKey& key, long value) {
     if (key.number == &MaxTime) engineTime = moveTime = allocatedTime = MaxTime;
 }
 
+// Choosing the strong style allocates its table, once; without the memory the search stays classic.
 void set_setting(const SettingKey& key, const char* text) {
     std::snprintf(key.chars, SettingTextSize, "%s", text);
+    if (key.chars == Style) StrongStyle = strcasecmp(Style, "strong") == 0 && allocate_table();
 }
 
 namespace {
@@ -233,7 +238,7 @@ void think(char* text) {
     output(Screen, "#DEBUG move speed: %i  allocated time: %i\n", budget.moves, allocatedTime);
     SearchHooks hooks;
     hooks.report              = report_thinking;
-    const SearchResult result = search_move(limits(MaxDepth), hooks);
+    const SearchResult result = (StrongStyle ? strong_search_move : search_move)(limits(MaxDepth), hooks);
     if (result.score > MateBound) output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
     if (result.score < -MateBound) output(Screen, "Mated to% d \n", (result.score + MateScore) / 2);
     text[0] = '\0';
@@ -248,7 +253,7 @@ void analyze(int max_depth) {
     SearchHooks hooks;
     hooks.report        = report_analysis;
     hooks.analysis_ends = poll_input;
-    search_analysis(limits(max_depth), hooks);
+    (StrongStyle ? strong_search_analysis : search_analysis)(limits(max_depth), hooks);
 }
 
 // A book move that is not legal here (a damaged or foreign book) is never announced, not even

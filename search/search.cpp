@@ -21,22 +21,16 @@ namespace {
 SearchLimits Limits{MaxPly, INT32_MAX, INT32_MAX, 0, false};
 SearchHooks Hooks;
 
-// The line through move m: m, then the child's line, keeping the child's true length.
-inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariation& child) {
-    line.moves[0] = m;
-    int stored    = child.length < StoredPvMoves - 1 ? child.length : StoredPvMoves - 1;
-    for (int i = 0; i < stored; ++i) line.moves[i + 1] = child.moves[i];
-    line.length = child.length + 1;
-}
-
 // Tests of the clock since the interruption hook was last asked.
 std::uint32_t TestsSinceAsked                 = 0;
 constexpr std::uint32_t InterruptionInterval = 2048;
 
+} // namespace
+
 // Sets SearchStopped once the move's time (either limit) has passed, or when whoever started
 // the search says so; read after every move of every full-width node, so the search unwinds as
 // soon as the time is up.
-inline bool time_to_stop() {
+bool time_to_stop() {
     if (SearchStopped == 1) return true;
     std::int32_t elapsed = std::int32_t(clock_ms() - Limits.startTime) / 10;
     if (elapsed > Limits.moveTime || elapsed > Limits.budget ||
@@ -47,6 +41,8 @@ inline bool time_to_stop() {
     }
     return false;
 }
+
+namespace {
 
 // Quiescence moves since the clock was last read there.
 std::uint32_t QuiescenceMoves                   = 0;

@@ -1,0 +1,546 @@
+// The strong search: principal variation search over the position stack with a transposition
+// table, aspiration windows, null move, late move reductions and pruning, check extension and
+// mate distance pruning, and a quiescence search that drops losing captures; iterative
+// deepening for the engine's move and for the analysis.
+#include "search/search.h"
+
+#include <cassert>
+
+#include "eval/eval.h"
+#include "movegen/movegen.h"
+
+namespace {
+
+// The deepest ply a node may stand at, quiescence included: the game leaves SearchReserve (128)
+// records above it, and a node there takes one more for a move or a legality test.
+constexpr int PlyLimit = 96;
+static_assert(PlyLimit + 2 < SearchReserve);
+
+// The key of every record from the root up, kept beside the position stack: a record's key is
+// set when the move or pass that made it is made.
+std::array<std::uint64_t, StackSize> Keys;
+
+// Ordering: two killers a ply, a history counter per side and from-to pair.
+std::array<std::array<Move, 2>, PlyLimit + 1> Killers;
+std::array<std::array<std::array<int, 64>, 64>, 2> History;
+constexpr int HistoryMax = 16384;
+
+// The iteration in progress: its depth, and the best root move searched to the end with its
+// score (0 when none has been yet).
+int RootDepth;
+Move RootBest;
+int RootScore;
+// The static score of each node on the path (-Infinity in check): a side whose score has risen
+// since its last move is improving, and is pruned less.
+std::array<int, PlyLimit + 1> StaticEvals;
+std::uint32_t QuiescenceNodes;
+constexpr std::uint32_t QuiescenceClockInterval = 1024;
+
+// Margins and counts of the pruning, in hundredths of a pawn and in plies.
+constexpr int ReverseFutilityDepth = 6, ReverseFutilityMargin = 80;
+constexpr int FutilityDepth = 3, FutilityBase = 100, FutilityPerPly = 90;
+constexpr int LateMoveDepth = 4; // quiet moves tried at depth d: 3 + d * d, half when not improving
+constexpr int NullMoveDepth = 3, NullMoveBase = 3, NullMoveDivisor = 200;
+constexpr int ExchangePruneDepth = 3, ExchangePruneMargin = 100;
+constexpr int QuietExchangeDepth = 7, QuietExchangeMargin = 60;
+constexpr int DeltaMargin     = 200;
+constexpr int AspirationDepth = 5, AspirationWindow = 20;
+
+// Late move reductions: 0.75 + ln(depth) ln(moves) / 2.25 plies for a quiet move tried late,
+// with ln from the series 2 (z + z^3/3 + z^5/5 + ...), z = (x - 1) / (x + 1).
+constexpr double ln(double x) {
+    const double z = (x - 1) / (x + 1);
+    double sum = 0, power = z;
+    for (int k = 1; k < 400; k += 2, power *= z * z) sum += power / k;
+    return 2 * sum;
+}
+inline constexpr std::array<std::array<int, 64>, 64> Reductions = [] {
+    std::array<double, 64> logs{};
+    for (int i = 1; i < 64; ++i) logs[i] = ln(i);
+    std::array<std::array<int, 64>, 64> table{};
+    for (int depth = 1; depth < 64; ++depth)
+        for (int moves = 1; moves < 64; ++moves)
+            table[depth][moves] = int(0.75 + logs[depth] * logs[moves] / 2.25);
+    return table;
+}();
+static_assert(Reductions[3][4] == 1 && Reductions[10][20] == 3);
+
+// Exchange values; the king's outweighs any exchange, so taking it ends one.
+constexpr int SwapValue[7] = {0, 100, 300, 300, 500, 950, 10000};
+
+// Order of the moves at a node: the table's move, captures that do not lose material (the most
+// valuable victim first, then the cheapest capturer), killers, the other quiet moves by
+// history, captures that lose material, under-promotions.
+constexpr int TableMoveScore = 1 << 30, GoodCaptureScore = 1 << 28, KillerScore = 1 << 27;
+constexpr int BadCaptureScore = -(1 << 28), UnderPromotionScore = -(1 << 29);
+
+struct OrderedMoves {
+    int count;
+    Move moves[MaxGameMoves];
+    int scores[MaxGameMoves];
+};
+
+constexpr bool is_quiet(Move m) { return !(move_flags(m) & 0x08) && move_promotion(m) == 0; }
+
+int tactical_score(const Position& p, Move m, int generator_score) {
+    if (generator_score < 0) return UnderPromotionScore + generator_score;
+    const int mover = int(move_flags(m) & 7), victim = piece_type_at(p, move_to(m));
+    if (SwapValue[victim] < SwapValue[mover] && move_promotion(m) == 0 && exchange_gain(m) < 0)
+        return BadCaptureScore + generator_score;
+    return GoodCaptureScore + generator_score;
+}
+
+// Every pseudo-legal move of the position, or only the tactical ones, with its ordering score.
+void order_moves(OrderedMoves& list, Move table_move, int ply, bool with_quiets) {
+    const Position& p = *CurrentPosition;
+    MoveList tactical;
+    generate_captures(tactical);
+    list.count = 0;
+    for (std::uint32_t i = 0; i < tactical.count; ++i) {
+        const MoveEntry& e        = tactical.entries[i];
+        list.moves[list.count]    = e.move;
+        list.scores[list.count++] = tactical_score(p, e.move, e.score);
+    }
+    if (with_quiets) {
+        QuietList quiets;
+        generate_quiet_moves(quiets);
+        const auto& history = History[p.blackToMove];
+        for (std::uint32_t i = 0; i < quiets.count; ++i) {
+            const Move m              = quiets.moves[i];
+            list.moves[list.count]    = m;
+            list.scores[list.count++] = m == Killers[ply][0]   ? KillerScore + 1
+                                        : m == Killers[ply][1] ? KillerScore
+                                                               : history[move_from(m)][move_to(m)];
+        }
+    }
+    if (table_move)
+        for (int i = 0; i < list.count; ++i)
+            if (list.moves[i] == table_move) list.scores[i] = TableMoveScore;
+}
+
+// Brings the best-scored move of those from index on to index and returns it.
+Move pick_move(OrderedMoves& list, int index) {
+    int best = index;
+    for (int i = index + 1; i < list.count; ++i)
+        if (list.scores[i] > list.scores[best]) best = i;
+    std::swap(list.moves[index], list.moves[best]);
+    std::swap(list.scores[index], list.scores[best]);
+    return list.moves[index];
+}
+
+// A counter moves towards the bonus's sign by its size, the less the nearer it is to the limit.
+void update_history(int& counter, int bonus) {
+    counter += bonus - counter * (bonus < 0 ? -bonus : bonus) / HistoryMax;
+}
+
+// Makes m and keys the new record.
+void make_keyed_move(Move m) {
+    const int index = stack_index();
+    make_move(m);
+    Keys[index + 1] = key_after_move(Keys[index], PositionStack[index], m, *CurrentPosition);
+    assert(Keys[index + 1] == position_key(*CurrentPosition));
+}
+
+// Passes the move to the opponent: the record turned to the other side, no en passant, and
+// the reversible count restarted, so that no repetition is sought across the pass.
+void make_null_move() {
+    assert(CurrentPosition < &PositionStack[StackSize - 1]);
+    const int index      = stack_index();
+    Position& next       = PositionStack[index + 1];
+    next                 = flipped(PositionStack[index]);
+    next.epFile          = 8;
+    next.reversibleCount = 0;
+    next.repetitions     = 0;
+    ++CurrentPosition;
+    Keys[index + 1] = key_after_null_move(Keys[index], PositionStack[index], next);
+}
+
+int quiescence(int alpha, int beta, int ply);
+
+// Returns the score of the node within the window (fail-soft: a bound outside it when it
+// fails), with its line; 0 and no line once the search is stopped.
+int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& line,
+                bool null_allowed) {
+    line.length       = 0;
+    const Position& p = *CurrentPosition;
+    const bool root = ply == 0, pv = beta - alpha > 1;
+    const Bitboard checkers = in_check();
+
+    // Step 1. Draws by repetition (a position met before, in the game or on the path) and by
+    // the fifty-move rule, where a side in check at exactly 100 half-moves plays on to see
+    // whether it is mated.
+    if (!root) {
+        if (p.repetitions >= 1 || p.reversibleCount > 100 ||
+            (p.reversibleCount == 100 && !checkers))
+            return 0;
+        // Mate distance pruning: no line from here can beat a mate already found nearer the root.
+        if (alpha < -MateScore + ply) alpha = -MateScore + ply;
+        if (beta > MateScore - ply - 1) beta = MateScore - ply - 1;
+        if (alpha >= beta) return alpha;
+    }
+    if (ply >= PlyLimit) return strong_evaluate();
+
+    // Step 2. Check extension: a side in check is searched a ply deeper (while the line is not
+    // more than twice the iteration's depth), so the horizon never falls inside a check.
+    if (checkers && ply < 2 * RootDepth) ++depth;
+    if (depth <= 0) return quiescence(alpha, beta, ply);
+
+    // Step 3. The table: its move is tried first, and away from the principal line a result
+    // of enough depth whose bound decides the window is taken as it is.
+    const std::uint64_t key = Keys[stack_index()];
+    TableEntry entry;
+    Move table_move = 0;
+    if (probe_table(key, ply, entry)) {
+        table_move      = entry.move;
+        const int bound = entry.boundAndAge & 3;
+        if (!pv && entry.depth >= depth &&
+            (bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
+             (bound == UpperBound && entry.score <= alpha)))
+            return entry.score;
+    }
+
+    // Step 4. Pruning before any move, away from the principal line and out of check.
+    const int static_eval = checkers ? -Infinity : strong_evaluate();
+    StaticEvals[ply]      = static_eval;
+    const bool improving =
+        !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity || static_eval > StaticEvals[ply - 2]);
+    if (!pv && !checkers) {
+        // Reverse futility: so far above beta that a shallow search would not come down.
+        if (depth <= ReverseFutilityDepth && beta > -MateBound && beta < MateBound &&
+            static_eval - ReverseFutilityMargin * (depth - improving) >= beta)
+            return static_eval;
+        // Null move: if passing still holds beta, a real move will too (zugzwang aside).
+        if (null_allowed && depth >= NullMoveDepth && static_eval >= beta && null_move_allowed()) {
+            int reduction = NullMoveBase + depth / 4;
+            reduction += (static_eval - beta) / NullMoveDivisor < 3
+                             ? (static_eval - beta) / NullMoveDivisor
+                             : 3;
+            PrincipalVariation child;
+            make_null_move();
+            const int score =
+                -search_node(depth - 1 - reduction, -beta, -beta + 1, ply + 1, child, false);
+            take_back();
+            if (SearchStopped == 1) return 0;
+            if (score >= beta) return score > MateBound ? beta : score;
+        }
+    }
+    // Without a move from the table a deep node is searched a ply shallower: it is rarely one
+    // that matters, and the next iteration finds it with the move.
+    if (table_move == 0 && depth >= 4) --depth;
+
+    // Step 5. The moves, best first.
+    OrderedMoves list;
+    order_moves(list, table_move, ply, true);
+    const KingSafety ks = king_safety();
+    const int old_alpha = alpha;
+    int best = -Infinity, legal = 0, quiets_tried = 0;
+    Move best_move = 0;
+    Move tried[64];
+    PrincipalVariation child;
+    for (int i = 0; i < list.count; ++i) {
+        const Move m = pick_move(list, i);
+        if (!move_is_legal(m, ks)) continue;
+        ++legal;
+        const bool quiet = is_quiet(m);
+        const bool late  = !root && !checkers && best > -MateBound;
+
+        // Step 6. Moves not worth a search: late quiet moves near the horizon (fewer when not
+        // improving), quiet moves that cannot bring the score up to alpha or that lose the
+        // piece, captures that lose too much. A move that gives check is always searched.
+        bool prune = false;
+        if (late && !pv) {
+            const int late_moves = improving ? 3 + depth * depth : (3 + depth * depth) / 2;
+            prune = quiet ? (depth <= LateMoveDepth && quiets_tried >= late_moves) ||
+                                (depth <= FutilityDepth &&
+                                 static_eval + FutilityBase + FutilityPerPly * depth <= alpha) ||
+                                (depth <= QuietExchangeDepth &&
+                                 exchange_gain(m) < -QuietExchangeMargin * depth)
+                          : depth <= ExchangePruneDepth && list.scores[i] < 0 &&
+                                exchange_gain(m) < -ExchangePruneMargin * depth;
+        }
+        make_keyed_move(m);
+        const bool gives_check = in_check() != 0;
+        if (prune && !gives_check) {
+            take_back();
+            continue;
+        }
+
+        // Step 7. Principal variation search: the first move with the whole window, the others
+        // with a null window to prove them worse, late quiet ones reduced, and a move that
+        // proves better searched again in full.
+        int score;
+        if (legal == 1) {
+            score = -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
+        } else {
+            int reduction = 0;
+            if (depth >= 3 && quiet && !checkers && !gives_check) {
+                reduction = Reductions[depth < 63 ? depth : 63][legal < 63 ? legal : 63];
+                if (pv) --reduction;
+                if (!improving) ++reduction;
+                if (list.scores[i] >= KillerScore)
+                    --reduction;
+                else
+                    reduction -= list.scores[i] / (HistoryMax / 2);
+                if (reduction > depth - 2) reduction = depth - 2;
+                if (reduction < 0) reduction = 0;
+            }
+            score = -search_node(depth - 1 - reduction, -alpha - 1, -alpha, ply + 1, child, true);
+            if (score > alpha && reduction > 0)
+                score = -search_node(depth - 1, -alpha - 1, -alpha, ply + 1, child, true);
+            if (score > alpha && score < beta)
+                score = -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
+        }
+        take_back();
+        if (SearchStopped == 1) return 0;
+        if (quiet) {
+            if (quiets_tried < 64) tried[quiets_tried] = m;
+            ++quiets_tried;
+        }
+
+        if (score > best) {
+            best = score;
+            if (score > alpha) {
+                best_move = m;
+                extend_line(line, m, child);
+                if (root) {
+                    RootBest  = m;
+                    RootScore = score;
+                }
+                if (score >= beta) {
+                    // Step 8. A quiet move that refutes teaches the killers and the history; the
+                    // quiet moves tried before it lose what it gains.
+                    if (quiet) {
+                        if (Killers[ply][0] != m) {
+                            Killers[ply][1] = Killers[ply][0];
+                            Killers[ply][0] = m;
+                        }
+                        const int bonus = depth * depth < 1200 ? depth * depth : 1200;
+                        auto& history   = History[p.blackToMove];
+                        const int n     = quiets_tried < 64 ? quiets_tried : 64;
+                        for (int j = 0; j < n - 1; ++j)
+                            update_history(history[move_from(tried[j])][move_to(tried[j])], -bonus);
+                        update_history(history[move_from(m)][move_to(m)], bonus);
+                    }
+                    break;
+                }
+                alpha = score;
+            }
+        }
+        if (time_to_stop()) return 0;
+    }
+
+    // Step 9. No legal move: mated (the score counts up one a ply from the root) or stalemate.
+    if (legal == 0) return checkers ? -MateScore + ply : 0;
+    const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
+    store_table(key, depth, best, bound, best_move, ply);
+    return best;
+}
+
+// Captures and promotions only, from a static score the side to move may stand on; in check,
+// every evasion, and mate when there is none.
+int quiescence(int alpha, int beta, int ply) {
+    const Position& p = *CurrentPosition;
+    if (p.repetitions >= 1) return 0;
+    if (ply >= PlyLimit) return strong_evaluate();
+    if (++QuiescenceNodes % QuiescenceClockInterval == 0 && time_to_stop()) return 0;
+
+    const std::uint64_t key = Keys[stack_index()];
+    TableEntry entry;
+    Move table_move = 0;
+    if (probe_table(key, ply, entry)) {
+        table_move      = entry.move;
+        const int bound = entry.boundAndAge & 3;
+        if (bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
+            (bound == UpperBound && entry.score <= alpha))
+            return entry.score;
+    }
+
+    // Step 1. Stand pat: out of check the side to move may decline every capture.
+    const Bitboard checkers = in_check();
+    const int old_alpha     = alpha;
+    int best = -MateScore + ply, stand = -Infinity;
+    if (!checkers) {
+        stand = strong_evaluate();
+        if (stand >= beta) return stand;
+        if (stand > alpha) alpha = stand;
+        best = stand;
+    }
+
+    // Step 2. The moves: captures that do not lose material, and the queen promotions;
+    // captures that cannot lift the score near alpha even when they win their victim are left.
+    OrderedMoves list;
+    order_moves(list, table_move, ply, checkers != 0);
+    const KingSafety ks = king_safety();
+    Move best_move      = 0;
+    for (int i = 0; i < list.count; ++i) {
+        const Move m = pick_move(list, i);
+        if (!checkers) {
+            if (list.scores[i] < 0) break; // the losing captures and under-promotions are last
+            if (move_promotion(m) == 0 &&
+                stand + SwapValue[piece_type_at(p, move_to(m))] + DeltaMargin <= alpha)
+                continue;
+        }
+        if (!move_is_legal(m, ks)) continue;
+        make_keyed_move(m);
+        const int score = -quiescence(-beta, -alpha, ply + 1);
+        take_back();
+        if (SearchStopped == 1) return 0;
+        if (score > best) {
+            best = score;
+            if (score > alpha) {
+                best_move = m;
+                if (score >= beta) break;
+                alpha = score;
+            }
+        }
+    }
+    const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
+    store_table(key, 0, best, bound, best_move, ply);
+    return best;
+}
+
+// Deepens the root from one ply, each iteration after the fourth in a window around the last
+// score that widens whenever the score falls outside it.
+int search_iteration(int depth, int previous, PrincipalVariation& line) {
+    RootDepth          = depth;
+    IterationNodeCount = 0;
+    int delta = AspirationWindow, alpha = -Infinity, beta = Infinity;
+    if (depth >= AspirationDepth && previous > -MateBound && previous < MateBound) {
+        alpha = previous - delta;
+        beta  = previous + delta;
+    }
+    for (;;) {
+        const int score = search_node(depth, alpha, beta, 0, line, false);
+        if (SearchStopped == 1) return score;
+        if (score <= alpha) {
+            beta  = (alpha + beta) / 2;
+            alpha = score - delta > -Infinity ? score - delta : -Infinity;
+        } else if (score >= beta) {
+            beta = score + delta < Infinity ? score + delta : Infinity;
+        } else {
+            return score;
+        }
+        delta += delta / 2;
+    }
+}
+
+// Limits and hooks as the classic search takes them (its clock test serves both), a new
+// generation in the table, the root's key, and the ordering of the last search kept at half
+// weight.
+void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
+    assert(stack_index() < StackSize - SearchReserve && limits.maxDepth <= MaxPly);
+    start_search(limits, hooks);
+    age_table();
+    Keys[stack_index()] = position_key(*CurrentPosition);
+    for (auto& pair : Killers) pair = {0, 0};
+    for (auto& side : History)
+        for (auto& row : side)
+            for (int& counter : row) counter /= 2;
+    QuiescenceNodes = 0;
+    RootBest        = 0;
+    RootScore       = 0;
+}
+
+void report(const SearchLimits& limits, const SearchHooks& hooks, int depth, int score,
+            const PrincipalVariation& line) {
+    if (!limits.post || !hooks.report) return;
+    const Iteration iteration{depth, score, std::int32_t(clock_ms() - limits.startTime),
+                              IterationNodeCount, &line};
+    hooks.report(hooks.context, iteration);
+}
+
+// A mate the iteration has seen all the way: its distance in plies is within the depth.
+bool mate_seen(int score, int depth) {
+    return (score > MateBound && MateScore - score <= depth) ||
+           (score < -MateBound && MateScore + score <= depth);
+}
+
+} // namespace
+
+// The move is the best root move searched to the end, which a stopped iteration may have
+// changed; the score and depth are those of the last finished iteration, or of the stopped one
+// when none finished.
+SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks) {
+    start_strong_search(limits, hooks);
+    SearchResult result{0, 0, 0};
+    PrincipalVariation line;
+    for (int depth = 1; depth <= limits.maxDepth; ++depth) {
+        const int score = search_iteration(depth, result.score, line);
+        if (SearchStopped == 1) {
+            if (result.depth == 0) result = {RootBest, RootScore, depth};
+            result.move = RootBest;
+            break;
+        }
+        result = {RootBest, score, depth};
+        report(limits, hooks, depth, score, line);
+        if (mate_seen(score, depth)) break;
+    }
+    if (result.move == 0) result.move = first_legal_move();
+    return result;
+}
+
+// Once stopped, by the clock or by the hook between iterations, the analysis ends; a stopped
+// iteration is reported when it had a root move searched to the end.
+void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
+    start_strong_search(limits, hooks);
+    PrincipalVariation line;
+    int score = 0;
+    for (int depth = 1; depth <= limits.maxDepth; ++depth) {
+        RootBest = 0;
+        score    = search_iteration(depth, score, line);
+        if (SearchStopped == 1) {
+            if (RootBest != 0) report(limits, hooks, depth, RootScore, line);
+            return;
+        }
+        report(limits, hooks, depth, score, line);
+        if (mate_seen(score, depth)) return;
+        if (hooks.analysis_ends && hooks.analysis_ends(hooks.context)) return;
+    }
+}
+
+bool null_move_allowed() {
+    const Position& p = *CurrentPosition;
+    return !in_check() && (p.ownPieces & ~pawns(p) & ~kings(p)) != 0;
+}
+
+// The swap list (a known method): gain[d] is what the side making the d-th capture has won if
+// the exchange stops after it; folding the list from its end lets each side stop where that
+// pays. Sliders behind a capturer join as it leaves the line.
+int exchange_gain(Move m) {
+    const Position& p = *CurrentPosition;
+    const Square from = move_from(m), to = move_to(m);
+    const std::uint32_t flags = move_flags(m);
+    Bitboard occ              = occupied(p) ^ bit(from);
+    int gain[34], d = 0;
+    int on_square = move_promotion(m) ? move_promotion(m) : int(flags & 7);
+    gain[0]       = SwapValue[piece_type_at(p, to)];
+    if (move_promotion(m)) gain[0] += SwapValue[on_square] - SwapValue[Pawn];
+    if (flags == EnPassant) {
+        gain[0] = SwapValue[Pawn];
+        occ ^= bit(to - 8);
+    }
+    const Bitboard diagonal = diagonal_sliders(p), straight = straight_sliders(p);
+    const Bitboard target             = bit(to);
+    const Bitboard own_pawn_squares   = ((target >> 7) & NotAFile) | ((target >> 9) & NotHFile);
+    const Bitboard their_pawn_squares = ((target << 7) & NotHFile) | ((target << 9) & NotAFile);
+    Bitboard attackers = (KnightAttacks[to] & knights(p)) | (KingAttacks[to] & kings(p)) |
+                         (bishop_lookup(to, occ) & diagonal) | (rook_lookup(to, occ) & straight) |
+                         (own_pawn_squares & pawns(p) & p.ownPieces) |
+                         (their_pawn_squares & pawns(p) & ~p.ownPieces);
+    Bitboard side = ~p.ownPieces; // the opponent takes back first
+    for (;;) {
+        attackers &= occ;
+        const Bitboard mine = attackers & side;
+        if (!mine || d >= 32) break;
+        int type = Pawn;
+        while (!(mine & pieces_of_type(p, type))) ++type;
+        ++d;
+        gain[d]   = SwapValue[on_square] - gain[d - 1];
+        on_square = type;
+        occ ^= bit(lsb(mine & pieces_of_type(p, type)));
+        attackers |= (bishop_lookup(to, occ) & diagonal) | (rook_lookup(to, occ) & straight);
+        side = ~side;
+    }
+    for (; d > 0; --d) gain[d - 1] = -(-gain[d - 1] > gain[d] ? -gain[d - 1] : gain[d]);
+    return gain[0];
+}

@@ -1,0 +1,124 @@
+// The strong style: its table under key collisions and with mate scores, its keys along random
+// games, when it may pass, and tactics both styles solve at a fixed depth.
+#include "search/search.h"
+#include "tests/support.h"
+
+namespace {
+
+class Strong : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(allocate_table());
+        clear_table();
+    }
+};
+
+// Keys of one bucket (equal low bits) never answer for each other; a full bucket gives up its
+// shallowest entry.
+TEST_F(Strong, CollidingKeysKeepTheirOwnEntries) {
+    const std::uint64_t a = 0x5A5A, b = a + TableBuckets * 3;
+    TableEntry e;
+    store_table(a, 5, 40, ExactBound, 0x0102, 0);
+    EXPECT_FALSE(probe_table(b, 0, e));
+    store_table(b, 3, -15, LowerBound, 0x0304, 0);
+    ASSERT_TRUE(probe_table(a, 0, e));
+    EXPECT_EQ(e.score, 40);
+    EXPECT_EQ(e.depth, 5);
+    EXPECT_EQ(e.move, 0x0102u);
+    ASSERT_TRUE(probe_table(b, 0, e));
+    EXPECT_EQ(e.score, -15);
+    EXPECT_EQ(e.boundAndAge & 3, LowerBound);
+    for (std::uint64_t i = 2; i <= 4; ++i)
+        store_table(a + TableBuckets * 3 * i, 8, 0, ExactBound, 0, 0);
+    EXPECT_TRUE(probe_table(a, 0, e));
+    EXPECT_FALSE(probe_table(b, 0, e));
+}
+
+// A mate n plies below a node is n plies below it wherever the node is met again; other scores
+// stay as they are.
+TEST_F(Strong, MateScoresCountFromTheNode) {
+    TableEntry e;
+    store_table(1, 6, MateScore - 7, ExactBound, 0, 4); // the node at ply 4 mates at ply 7
+    ASSERT_TRUE(probe_table(1, 2, e));
+    EXPECT_EQ(e.score, MateScore - 5);
+    store_table(2, 6, -MateScore + 9, UpperBound, 0, 5); // mated at ply 9
+    ASSERT_TRUE(probe_table(2, 1, e));
+    EXPECT_EQ(e.score, -MateScore + 5);
+    store_table(3, 6, 250, LowerBound, 0, 5);
+    ASSERT_TRUE(probe_table(3, 1, e));
+    EXPECT_EQ(e.score, 250);
+}
+
+// The key after each move, found from the key before it, is the key of the new record: captures,
+// castling, en passant and promotions of random games from awkward starts; and a position reached
+// by two move orders has one key.
+TEST_F(Strong, KeysFollowTheMoves) {
+    for_each_random_position(16, 2, 40, [](const std::string& where) {
+        const std::uint64_t key = position_key(*CurrentPosition);
+        for (Move m : legal_moves_by_making()) {
+            make_move(m);
+            ASSERT_EQ(key_after_move(key, CurrentPosition[-1], m, *CurrentPosition),
+                      position_key(*CurrentPosition))
+                << where << " then " << move_from(m) << "-" << move_to(m);
+            take_back();
+        }
+    });
+    std::uint64_t keys[2];
+    for (int order = 0; order < 2; ++order) {
+        new_game();
+        for (const char* m : {order ? "b1c3" : "g1f3", "g8f6", order ? "g1f3" : "b1c3"})
+            ASSERT_EQ(enter_user_move(m), 1);
+        keys[order] = position_key(*CurrentPosition);
+    }
+    EXPECT_EQ(keys[0], keys[1]);
+}
+
+TEST_F(Strong, NoNullMoveInCheckOrWithOnlyKingAndPawns) {
+    const struct {
+        const char* fen;
+        bool allowed;
+    } cases[] = {
+        {"4k3/8/8/8/8/8/4PPPP/4K1N1 w - - 0 1", true},
+        {"4k3/4r3/8/8/8/8/5PPP/4K1N1 w - - 0 1", false}, // in check
+        {"4k2q/pppp4/8/8/8/8/4PPPP/4K3 w - - 0 1",
+         false}, // king and pawns, whatever the opponent has
+        {"4k3/pppp4/8/8/8/8/4PPPP/4K1N1 b - - 0 1", false},
+    };
+    for (const auto& c : cases) {
+        set_up(c.fen);
+        EXPECT_EQ(null_move_allowed(), c.allowed) << c.fen;
+    }
+}
+
+// Mates (any move, the exact score), a fork and a skewer, at a depth each style reaches at once.
+TEST_F(Strong, BothStylesSolveTactics) {
+    const struct {
+        const char* fen;
+        int depth;
+        const char* move; // nullptr for a mate, which may have several first moves
+        int score;
+    } cases[] = {
+        {"6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1", 2, nullptr, MateScore - 1},
+        {"k7/8/2K5/8/8/8/8/7R w - - 0 1", 4, nullptr, MateScore - 3},
+        {"r5k1/5ppp/8/8/8/8/1Q3PPP/1R4K1 w - - 0 1", 4, nullptr, MateScore - 3},
+        {"2q1k3/8/8/1N6/8/8/8/4K3 w - - 0 1", 4, "b5d6", 0},
+        {"8/8/8/q3k3/8/8/8/6KR w - - 0 1", 4, "h1h5", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fen);
+        const SearchLimits limits{c.depth, INT32_MAX, INT32_MAX, clock_ms(), false};
+        set_up(c.fen);
+        const SearchResult classic = search_move(limits, SearchHooks{});
+        const SearchResult strong  = strong_search_move(limits, SearchHooks{});
+        if (c.move) {
+            EXPECT_EQ(text_of(classic.move), c.move);
+            EXPECT_EQ(text_of(strong.move), c.move);
+        } else {
+            EXPECT_EQ(classic.score, c.score);
+            EXPECT_EQ(strong.score, c.score);
+        }
+        EXPECT_EQ(stack_index(), 0);
+    }
+}
+
+} // namespace
