@@ -42,6 +42,7 @@ struct SettingKey {
 };
 extern const SettingKey SettingKeys[];
 extern const std::size_t SettingCount;
+bool same_letters(const char* a, const char* b);
 // Store a value read for a key: a number is held to its range, MaxTime also sets the move's
 // clocks; a text keeps at most 99 characters.
 void set_setting(const SettingKey& key, long value);
@@ -95,6 +96,8 @@ void xboard_loop();
 
 // What both front ends share: the engine's move, the analysis, the end of a game.
 int check_game_end();
+// The engine's move searched in the style the settings choose.
+SearchResult search_in_style(const SearchLimits& limits, const SearchHooks& hooks);
 void think(char* text);
 void analyze(int max_depth);
 // The engine's turn, when it has the side to move and no result stands: a legal book move, which

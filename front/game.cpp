@@ -6,7 +6,6 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstring>
-#include <strings.h>
 
 #include "book/book.h"
 #include "front/front.h"
@@ -49,10 +48,18 @@ void set_setting(const SettingKey& key, long value) {
     if (key.number == &MaxTime) engineTime = moveTime = allocatedTime = MaxTime;
 }
 
+// Whether two texts hold the same letters, whatever their case.
+bool same_letters(const char* a, const char* b) {
+    for (; *a && *b; ++a, ++b)
+        if (std::tolower(static_cast<unsigned char>(*a)) != std::tolower(static_cast<unsigned char>(*b)))
+            return false;
+    return *a == *b;
+}
+
 // Choosing the strong style allocates its table, once; without the memory the search stays classic.
 void set_setting(const SettingKey& key, const char* text) {
     std::snprintf(key.chars, SettingTextSize, "%s", text);
-    if (key.chars == Style) StrongStyle = strcasecmp(Style, "strong") == 0 && allocate_table();
+    if (key.chars == Style) StrongStyle = same_letters(Style, "strong") && allocate_table();
 }
 
 namespace {
@@ -230,6 +237,10 @@ SearchLimits limits(int max_depth) {
 
 } // namespace
 
+SearchResult search_in_style(const SearchLimits& limits, const SearchHooks& hooks) {
+    return (StrongStyle ? strong_search_move : search_move)(limits, hooks);
+}
+
 // Allocates the move's time, searches, announces a mate the deepening ended on, and plays the
 // move. With no legal move at all nothing is played and text is left empty.
 void think(char* text) {
@@ -238,7 +249,7 @@ void think(char* text) {
     output(Screen, "#DEBUG move speed: %i  allocated time: %i\n", budget.moves, allocatedTime);
     SearchHooks hooks;
     hooks.report              = report_thinking;
-    const SearchResult result = (StrongStyle ? strong_search_move : search_move)(limits(MaxDepth), hooks);
+    const SearchResult result = search_in_style(limits(MaxDepth), hooks);
     if (result.score > MateBound) output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
     if (result.score < -MateBound) output(Screen, "Mated to% d \n", (result.score + MateScore) / 2);
     text[0] = '\0';

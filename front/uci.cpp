@@ -36,21 +36,16 @@ Then info(const char* format, const char* a = "", const char* b = "") {
     return NextLine;
 }
 
-bool same_word(const char* a, const char* b) {
-    for (; *a && *b; ++a, ++b)
-        if (std::tolower(static_cast<unsigned char>(*a)) != std::tolower(static_cast<unsigned char>(*b)))
-            return false;
-    return *a == *b;
-}
 
 // The options a UCI interface can set: the settings that make sense to it, under their INI names.
 const SettingKey* option_key(const char* name) {
-    static const char* const Options[] = {"Book",         "BookFile", "RandBook", "MaxDepth",
-                                          "MaxTime",      "PostThinking", "LogGame", "LogFile"};
+    static const char* const Options[] = {"Book",    "BookFile",     "RandBook", "MaxDepth",
+                                          "MaxTime", "PostThinking", "LogGame",  "LogFile",
+                                          "Style"};
     for (const char* option : Options)
-        if (same_word(option, name))
+        if (same_letters(option, name))
             for (std::size_t i = 0; i < SettingCount; ++i)
-                if (same_word(SettingKeys[i].key, option)) return &SettingKeys[i];
+                if (same_letters(SettingKeys[i].key, option)) return &SettingKeys[i];
     return nullptr;
 }
 
@@ -60,7 +55,10 @@ Then uci(const char*) {
     for (std::size_t i = 0; i < SettingCount; ++i) {
         const SettingKey& key = SettingKeys[i];
         if (!option_key(key.key)) continue;
-        if (key.kind == FlagSetting)
+        if (key.chars == Style)
+            output(Screen, "option name Style type combo default %s var classic var strong\n",
+                   StrongStyle ? "strong" : "classic");
+        else if (key.kind == FlagSetting)
             output(Screen, "option name %s type check default %s\n", key.key, *key.number ? "true" : "false");
         else if (key.kind == NumberSetting)
             output(Screen, "option name %s type spin default %d min %d max %d\n", key.key, *key.number,
@@ -79,6 +77,7 @@ Then isready(const char*) {
 
 Then ucinewgame(const char*) {
     new_game();
+    if (StrongStyle) clear_table(); // nothing of the last game's positions carries over
     output(LogOnly, "\n ************* New Game ************* \n");
     return NextLine;
 }
@@ -98,11 +97,15 @@ Then setoption(const char* line) {
     const char* text = value ? value + 7 : "";
     while (*text == ' ') ++text;
     std::int32_t n = 0;
-    if (key->kind == TextSetting) {
+    if (key->chars == Style && !same_letters(text, "classic") && !same_letters(text, "strong")) {
+        return info("Style takes classic or strong");
+    } else if (key->kind == TextSetting) {
         set_setting(*key, text);
+        if (key->chars == Style && same_letters(text, "strong") && !StrongStyle)
+            return info("the strong style's table cannot be had: the search stays classic");
     } else if (key->kind == FlagSetting) {
-        if (!same_word(text, "true") && !same_word(text, "false")) return info("%s takes true or false", key->key);
-        set_setting(*key, long(same_word(text, "true")));
+        if (!same_letters(text, "true") && !same_letters(text, "false")) return info("%s takes true or false", key->key);
+        set_setting(*key, long(same_letters(text, "true")));
     } else if (read_int(text, n) && n >= (key->low < 0 ? 0 : key->low) && n <= key->high) {
         set_setting(*key, long(n));
     } else {
@@ -119,7 +122,7 @@ Then position(const char* line) {
     Words words{line + 8};
     char word[256];
     if (!words.next(word, sizeof word)) return info("position needs startpos or fen");
-    if (same_word(word, "fen")) {
+    if (same_letters(word, "fen")) {
         // The FEN is every word up to "moves", tried on a spare record above the game.
         while (*words.rest == ' ') ++words.rest;
         const char* moves = std::strstr(words.rest, "moves");
@@ -134,13 +137,13 @@ Then position(const char* line) {
         new_game();
         *CurrentPosition = set;
         words.rest       = moves ? moves : "";
-    } else if (same_word(word, "startpos")) {
+    } else if (same_letters(word, "startpos")) {
         new_game();
     } else {
         return info("position needs startpos or fen, not %s", word);
     }
     if (!words.next(word, sizeof word)) return NextLine;
-    if (!same_word(word, "moves")) return info("position: %s where moves belong", word);
+    if (!same_letters(word, "moves")) return info("position: %s where moves belong", word);
     while (words.next(word, sizeof word))
         if (enter_user_move(word) != 1) return info("illegal move %s: the moves before it stand", word);
     return NextLine;
@@ -300,7 +303,7 @@ Then go(const char* line) {
     hooks.context     = &go;
     hooks.report      = report_info;
     hooks.interrupted = interrupted;
-    const SearchResult result = search_move(limits, hooks);
+    const SearchResult result = search_in_style(limits, hooks);
     // An infinite search that has run out of depth still waits for "stop" before it answers.
     while (go.infinite && !go.stop) {
         take_waiting_lines(take_during_search, &go);
