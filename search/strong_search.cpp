@@ -329,7 +329,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         if (time_to_stop()) return 0;
     }
 
-    // Step 9. No legal move: mated (the score counts up one a ply from the root) or stalemate.
+    // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate.
     if (legal == 0) return checkers ? -MateScore + ply : 0;
     const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
     store_table(key, depth, best, bound, best_move, ply);

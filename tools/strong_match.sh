@@ -5,7 +5,8 @@
 # opening from the book with a random choice. Per opponent it prints the score with its 95 %
 # margin (1.96 standard errors of the mean game score) and the faults of the strong side: illegal
 # moves, crashes, time forfeits. Not part of the test run: 40 games at 40 moves in 30 seconds
-# take over an hour per opponent.
+# take over an hour per opponent. Pondering is off: neither style ponders, and a match keeps to
+# one core.
 #
 # usage: tools/strong_match.sh ENGINE [WORK_DIR [GAMES [OPPONENT...]]]
 #   OPPONENT: classic, fairymax, hoichess, phalanx (default all four), played one after another.
@@ -54,7 +55,7 @@ play_match() {
     # shellcheck disable=SC2086
     HOME=$dir/home timeout -k 10 $((GAMES * 300 + 60)) xvfb-run -a xboard -noGUI \
         -fcp "$ENGINE" -fd "$dir/engine" -fn "quillfern strong" "$@" -sd "$dir/opponent" \
-        -matchGames "$GAMES" -xexit $TC \
+        -matchGames "$GAMES" -xexit $TC -xponder \
         -autoCallFlag true -adjudicateDrawMoves 120 \
         -saveGameFile "$dir/games.pgn" \
         -debug -nameOfDebugFile "$dir/debug.txt" -engineDebugOutput 1 \
