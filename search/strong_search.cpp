@@ -157,6 +157,14 @@ void make_null_move() {
 
 int quiescence(int alpha, int beta, int ply);
 
+// Whether a stored result settles the window by itself: an exact score, or a bound on the side
+// that cuts.
+bool settles_window(const TableEntry& entry, int alpha, int beta) {
+    const int bound = entry.boundAndAge & 3;
+    return bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
+           (bound == UpperBound && entry.score <= alpha);
+}
+
 // Returns the score of the node within the window (fail-soft: a bound outside it when it
 // fails), with its line; 0 and no line once the search is stopped.
 int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& line,
@@ -191,12 +199,8 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     TableEntry entry;
     Move table_move = 0;
     if (probe_table(key, ply, entry)) {
-        table_move      = entry.move;
-        const int bound = entry.boundAndAge & 3;
-        if (!pv && entry.depth >= depth &&
-            (bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
-             (bound == UpperBound && entry.score <= alpha)))
-            return entry.score;
+        table_move = entry.move;
+        if (!pv && entry.depth >= depth && settles_window(entry, alpha, beta)) return entry.score;
     }
 
     // Step 4. Pruning before any move, away from the principal line and out of check.
@@ -348,11 +352,8 @@ int quiescence(int alpha, int beta, int ply) {
     TableEntry entry;
     Move table_move = 0;
     if (probe_table(key, ply, entry)) {
-        table_move      = entry.move;
-        const int bound = entry.boundAndAge & 3;
-        if (bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
-            (bound == UpperBound && entry.score <= alpha))
-            return entry.score;
+        table_move = entry.move;
+        if (settles_window(entry, alpha, beta)) return entry.score;
     }
 
     // Step 1. Stand pat: out of check the side to move may decline every capture.
