@@ -13,6 +13,7 @@ FUZZ=$(cd "$(dirname "$0")/../fuzz" && pwd)
 BUILD=${FUZZ_BUILD:-$FUZZ/build}
 TARGETS=${*:-fen user_move ini book console xboard uci}
 PARALLEL=${PARALLEL:-1}
+. "$(dirname "$0")/common.sh"
 
 mkdir -p "$BUILD/artifacts" "$BUILD/logs"
 cmake -S "$FUZZ" -B "$BUILD" -DCMAKE_CXX_COMPILER=clang++ >"$BUILD/logs/cmake.log" 2>&1 ||
@@ -35,12 +36,7 @@ run_one() {
 
 running=0
 for name in $TARGETS; do
-    run_one "$name" &
-    running=$((running + 1))
-    if [ "$running" -ge "$PARALLEL" ]; then
-        wait
-        running=0
-    fi
+    start_job run_one "$name"
 done
 wait
 

@@ -17,6 +17,7 @@ WORK=${2:-soak}
 GAMES=${3:-34}
 BOOK=${4:-$(cd "$(dirname "$0")/.." && pwd)/play/book.bin}
 PARALLEL=${PARALLEL:-2}
+. "$(dirname "$0")/common.sh"
 
 for tool in xboard xvfb-run xauth; do
     command -v "$tool" > /dev/null || { echo "$tool is not installed"; exit 2; }
@@ -47,27 +48,15 @@ play_match() {
     # Fairy-Max plays differently when told its opponent is a program: keep it quiet.
     [ "$opponent" = fairymax ] && extra="-secondComputerString"
     # shellcheck disable=SC2086
-    HOME=$dir/home timeout -k 10 $((GAMES * 90 + 60)) xvfb-run -a xboard -noGUI \
-        -fcp "$ENGINE" -fd "$dir/engine" \
-        -scp "$(command -v "$opponent")" -sd "$dir/opponent" ${extra:+$extra ""} \
-        -matchGames "$GAMES" -xexit $clock \
-        -autoCallFlag true -adjudicateDrawMoves 120 \
-        -saveGameFile "$dir/games.pgn" \
-        -debug -nameOfDebugFile "$dir/debug.txt" -engineDebugOutput 1 \
-        > "$dir/xboard.out" 2>&1
-    echo $? > "$dir/status"
+    xboard_match "$dir" $((GAMES * 90 + 60)) -scp "$(command -v "$opponent")" ${extra:+$extra ""} \
+        -matchGames "$GAMES" -xexit $clock
 }
 
 started=$(date +%s)
 running=0
 for opponent in $OPPONENTS; do
     for book in on off; do
-        play_match "$opponent" "$book" &
-        running=$((running + 1))
-        if [ "$running" -ge "$PARALLEL" ]; then
-            wait
-            running=0
-        fi
+        start_job play_match "$opponent" "$book"
     done
 done
 wait

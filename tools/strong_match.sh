@@ -23,6 +23,7 @@ GAMES=${3:-40}
 TC=${TC:--mps 40 -tc 0:30}
 PARALLEL=${PARALLEL:-1}
 BOOK=$(cd "$(dirname "$0")/.." && pwd)/play/book.bin
+. "$(dirname "$0")/common.sh"
 
 for tool in xboard xvfb-run xauth; do
     command -v "$tool" > /dev/null || { echo "$tool is not installed"; exit 2; }
@@ -53,25 +54,14 @@ play_match() {
         set -- -scp "$(command -v "$opponent")"
     fi
     # shellcheck disable=SC2086
-    HOME=$dir/home timeout -k 10 $((GAMES * 300 + 60)) xvfb-run -a xboard -noGUI \
-        -fcp "$ENGINE" -fd "$dir/engine" -fn "quillfern strong" "$@" -sd "$dir/opponent" \
-        -matchGames "$GAMES" -xexit $TC -xponder \
-        -autoCallFlag true -adjudicateDrawMoves 120 \
-        -saveGameFile "$dir/games.pgn" \
-        -debug -nameOfDebugFile "$dir/debug.txt" -engineDebugOutput 1 \
-        > "$dir/xboard.out" 2>&1
-    echo $? > "$dir/status"
+    xboard_match "$dir" $((GAMES * 300 + 60)) -fn "quillfern strong" "$@" \
+        -matchGames "$GAMES" -xexit $TC -xponder
 }
 
 started=$(date +%s)
 running=0
 for opponent in $OPPONENTS; do
-    play_match "$opponent" &
-    running=$((running + 1))
-    if [ "$running" -ge "$PARALLEL" ]; then
-        wait
-        running=0
-    fi
+    start_job play_match "$opponent"
 done
 wait
 
