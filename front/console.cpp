@@ -58,7 +58,8 @@ void show_book_moves(const char* file_name) {
     const BookProbe probe = collect_book_moves(file_name, listing);
     if (probe.result == BookNotOpened) return report_file_error(file_name, probe.error);
     if (probe.result == BookNoSuchKey)
-        return output(Screen, "%016llx: No such key\n", static_cast<unsigned long long>(listing.key));
+        return output(Screen, "%016llx: No such key\n",
+                      static_cast<unsigned long long>(listing.key));
     if (probe.result == BookTooManyMoves)
         return output(Screen, "Too many moves in this position (max=%d)\n", MaxBookMoves);
     long total = 0;
@@ -191,14 +192,17 @@ Then ini(const char*) {
 
 // In the order they are tried; the first that matches wins. "sd" and "st" are prefixes.
 constexpr Command Commands[] = {
-    {"help", false, help},      {"new", false, new_game_as_black}, {"post", false, post_command},
-    {"mate", false, mate},      {"see", false, see_command},       {"killer", false, killer},
-    {"good", false, good},      {"nopost", false, nopost_command},         {"undo", false, undo},
-    {"go", false, go_command},          {"force", false, force},           {"sd", true, depth},
-    {"st", true, move_time},    {".", false, stat_command},                {"analyze", false, analysis},
-    {"exit", false, exit_command}, {"quit", false, quit},          {"b", false, board},
-    {"param", false, param},    {"book", false, book},             {"test", false, test},
-    {"ini", false, ini},
+    {"help", false, help},         {"new", false, new_game_as_black},
+    {"post", false, post_command}, {"mate", false, mate},
+    {"see", false, see_command},   {"killer", false, killer},
+    {"good", false, good},         {"nopost", false, nopost_command},
+    {"undo", false, undo},         {"go", false, go_command},
+    {"force", false, force},       {"sd", true, depth},
+    {"st", true, move_time},       {".", false, stat_command},
+    {"analyze", false, analysis},  {"exit", false, exit_command},
+    {"quit", false, quit},         {"b", false, board},
+    {"param", false, param},       {"book", false, book},
+    {"test", false, test},         {"ini", false, ini},
 };
 
 // File letter, rank digit, file letter, rank digit; the tests stop at a shorter line's end.

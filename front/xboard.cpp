@@ -160,12 +160,15 @@ Then usermove(const char* line) {
 
 // In the order they are tried; the first that matches wins.
 constexpr Command Commands[] = {
-    {"protover 2", false, features}, {"new", false, new_game_as_black}, {"post", false, post_command},
-    {"nopost", false, nopost_command},       {"undo", false, undo},             {"go", false, go_command},
-    {"force", false, force},         {".", false, stat_command},                {"analyze", false, analysis},
-    {"exit", false, exit_command},   {"setboard", true, setboard},      {"sd", true, depth},
-    {"st", true, move_time},         {"level", true, level},            {"time", true, time},
-    {"otim", true, otim},            {"ping", true, ping},              {"name", true, name},
+    {"protover 2", false, features}, {"new", false, new_game_as_black},
+    {"post", false, post_command},   {"nopost", false, nopost_command},
+    {"undo", false, undo},           {"go", false, go_command},
+    {"force", false, force},         {".", false, stat_command},
+    {"analyze", false, analysis},    {"exit", false, exit_command},
+    {"setboard", true, setboard},    {"sd", true, depth},
+    {"st", true, move_time},         {"level", true, level},
+    {"time", true, time},            {"otim", true, otim},
+    {"ping", true, ping},            {"name", true, name},
     {"quit", false, quit},           {"usermove", true, usermove},
 };
 
