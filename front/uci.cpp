@@ -36,12 +36,11 @@ Then info(const char* format, const char* a = "", const char* b = "") {
     return NextLine;
 }
 
-
 // The options a UCI interface can set: the settings that make sense to it, under their INI names.
 const SettingKey* option_key(const char* name) {
-    static const char* const Options[] = {"Book",    "BookFile",     "RandBook", "MaxDepth",
-                                          "MaxTime", "PostThinking", "LogGame",  "LogFile",
-                                          "Style"};
+    static const char* const Options[] = {"Book",     "BookFile", "RandBook",
+                                          "MaxDepth", "MaxTime",  "PostThinking",
+                                          "LogGame",  "LogFile",  "Style"};
     for (const char* option : Options)
         if (same_letters(option, name))
             for (std::size_t i = 0; i < SettingCount; ++i)
@@ -59,10 +58,11 @@ Then uci(const char*) {
             output(Screen, "option name Style type combo default %s var classic var strong\n",
                    StrongStyle ? "strong" : "classic");
         else if (key.kind == FlagSetting)
-            output(Screen, "option name %s type check default %s\n", key.key, *key.number ? "true" : "false");
+            output(Screen, "option name %s type check default %s\n", key.key,
+                   *key.number ? "true" : "false");
         else if (key.kind == NumberSetting)
-            output(Screen, "option name %s type spin default %d min %d max %d\n", key.key, *key.number,
-                   key.low < 0 ? 0 : key.low, key.high); // no time is below 0
+            output(Screen, "option name %s type spin default %d min %d max %d\n", key.key,
+                   *key.number, key.low < 0 ? 0 : key.low, key.high); // no time is below 0
         else
             output(Screen, "option name %s type string default %s\n", key.key, key.chars);
     }
@@ -104,7 +104,8 @@ Then setoption(const char* line) {
         if (key->chars == Style && same_letters(text, "strong") && !StrongStyle)
             return info("the strong style's table cannot be had: the search stays classic");
     } else if (key->kind == FlagSetting) {
-        if (!same_letters(text, "true") && !same_letters(text, "false")) return info("%s takes true or false", key->key);
+        if (!same_letters(text, "true") && !same_letters(text, "false"))
+            return info("%s takes true or false", key->key);
         set_setting(*key, long(same_letters(text, "true")));
     } else if (read_int(text, n) && n >= (key->low < 0 ? 0 : key->low) && n <= key->high) {
         set_setting(*key, long(n));
@@ -145,14 +146,15 @@ Then position(const char* line) {
     if (!words.next(word, sizeof word)) return NextLine;
     if (!same_letters(word, "moves")) return info("position: %s where moves belong", word);
     while (words.next(word, sizeof word))
-        if (enter_user_move(word) != 1) return info("illegal move %s: the moves before it stand", word);
+        if (enter_user_move(word) != 1)
+            return info("illegal move %s: the moves before it stand", word);
     return NextLine;
 }
 
 // The search in progress: what the interface asked for, and what it has said since.
 struct Go {
-    bool infinite = false;
-    std::uint64_t node_limit = 0;   // 0: none
+    bool infinite              = false;
+    std::uint64_t node_limit   = 0; // 0: none
     std::uint64_t nodes_before = 0; // moves made by the finished iterations
     bool stop = false, quit = false;
     bool waiting = false; // a line waits to be read after the search
@@ -208,11 +210,13 @@ void report_info(void* context, const Iteration& it) {
     for (int i = 0, black = CurrentPosition->blackToMove, n = 0; i < shown; ++i, black ^= 1) {
         char move[6];
         move_to_text_for(move, it.line->moves[i], black);
-        n += std::snprintf(pv + n, sizeof pv - n, "%s%.*s", i ? " " : " pv ", move[4] == ' ' ? 4 : 5, move);
+        n += std::snprintf(pv + n, sizeof pv - n, "%s%.*s", i ? " " : " pv ",
+                           move[4] == ' ' ? 4 : 5, move);
     }
     const std::uint64_t ms = it.elapsed > 0 ? std::uint64_t(it.elapsed) : 0;
     output(Screen, "info depth %d score %s time %llu nodes %u nps %llu%s\n", it.depth, score,
-           (unsigned long long)ms, it.nodes, (unsigned long long)(it.nodes * 1000ull / (ms ? ms : 1)), pv);
+           (unsigned long long)ms, it.nodes,
+           (unsigned long long)(it.nodes * 1000ull / (ms ? ms : 1)), pv);
     print_thinking(it.depth, it.score, it.elapsed / 10, it.nodes, LogOnly);
     print_line(*it.line, CurrentPosition->blackToMove, LogOnly);
 }
@@ -238,24 +242,25 @@ bool go_number(Words& words, const char* name, std::int64_t& value) {
 struct GoRequest {
     std::int64_t clocks[4] = {-1, -1, 0, 0}; // wtime, btime, winc, binc
     std::int64_t depth = -1, movetime = -1, nodes = -1, mate = -1;
-    bool infinite      = false;
+    bool infinite = false;
 };
 
 // "go [wtime N] [btime N] [winc N] [binc N] [movestogo N] [depth N] [movetime N] [nodes N]
 // [mate N] [infinite] [ponder]". movestogo and ponder are taken and not used: the budget spreads
 // the clock over SuddenDeath moves, and the engine does not think on the opponent's time.
 GoRequest read_go(const char* line) {
-    static const char* const Numbers[] = {"wtime", "btime", "winc", "binc", "depth",
+    static const char* const Numbers[] = {"wtime",    "btime", "winc", "binc",     "depth",
                                           "movetime", "nodes", "mate", "movestogo"};
     GoRequest go;
     std::int64_t* const fields[] = {&go.clocks[0], &go.clocks[1], &go.clocks[2], &go.clocks[3],
                                     &go.depth,     &go.movetime,  &go.nodes,     &go.mate};
-    std::int64_t ignored = 0;
+    std::int64_t ignored         = 0;
     Words words{line + 2};
     char word[32];
     while (words.next(word, sizeof word)) {
-        const auto number = std::find_if(std::begin(Numbers), std::end(Numbers),
-                                         [&](const char* name) { return std::strcmp(word, name) == 0; });
+        const auto number =
+            std::find_if(std::begin(Numbers), std::end(Numbers),
+                         [&](const char* name) { return std::strcmp(word, name) == 0; });
         if (number != std::end(Numbers)) {
             const std::size_t i = std::size_t(number - std::begin(Numbers));
             go_number(words, word, i < std::size(fields) ? *fields[i] : ignored);
@@ -274,9 +279,9 @@ GoRequest read_go(const char* line) {
 Then go(const char* line) {
     const GoRequest request = read_go(line);
     Go go;
-    go.infinite = request.infinite;
+    go.infinite                = request.infinite;
     const std::int64_t* clocks = request.clocks;
-    const int us = CurrentPosition->blackToMove;
+    const int us               = CurrentPosition->blackToMove;
     if (clocks[us] >= 0) engineTime = saturate_centis(clocks[us] / 10);
     if (clocks[1 - us] >= 0) opponentTime = saturate_centis(clocks[1 - us] / 10);
     if (clocks[us] >= 0) increment = saturate_centis(clocks[2 + us] / 10);
@@ -284,8 +289,8 @@ Then go(const char* line) {
 
     SearchStartTime = clock_ms();
     char move[8]    = "0000";
-    if (!go.infinite && Book == 1 && choose_book_move(BookFile, RandBook, move).result == BookFound &&
-        user_move(move) != 0) {
+    if (!go.infinite && Book == 1 &&
+        choose_book_move(BookFile, RandBook, move).result == BookFound && user_move(move) != 0) {
         output(Screen, "info string book move %s\n", move);
         output(Screen, "bestmove %s\n", move);
         output(LogOnly, "move %s\n", move);
@@ -300,9 +305,9 @@ Then go(const char* line) {
     if (request.movetime >= 0) limits.moveTime = saturate_centis(request.movetime / 10);
     if (go.infinite) limits.moveTime = limits.budget = INT32_MAX;
     SearchHooks hooks;
-    hooks.context     = &go;
-    hooks.report      = report_info;
-    hooks.interrupted = interrupted;
+    hooks.context             = &go;
+    hooks.report              = report_info;
+    hooks.interrupted         = interrupted;
     const SearchResult result = search_in_style(limits, hooks);
     // An infinite search that has run out of depth still waits for "stop" before it answers.
     while (go.infinite && !go.stop) {
@@ -323,9 +328,15 @@ Then ignored(const char*) { return NextLine; } // "debug", "register", a "stop" 
 
 // The first word of the line names the command.
 constexpr Command Commands[] = {
-    {"uci", false, uci},           {"isready", false, isready},   {"ucinewgame", false, ucinewgame},
-    {"setoption", false, setoption}, {"position", false, position}, {"go", false, go},
-    {"stop", false, ignored},      {"debug", false, ignored},     {"register", false, ignored},
+    {"uci", false, uci},
+    {"isready", false, isready},
+    {"ucinewgame", false, ucinewgame},
+    {"setoption", false, setoption},
+    {"position", false, position},
+    {"go", false, go},
+    {"stop", false, ignored},
+    {"debug", false, ignored},
+    {"register", false, ignored},
     {"quit", false, quit},
 };
 
