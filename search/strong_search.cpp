@@ -206,8 +206,8 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     // Step 4. Pruning before any move, away from the principal line and out of check.
     const int static_eval = checkers ? -Infinity : strong_evaluate();
     StaticEvals[ply]      = static_eval;
-    const bool improving =
-        !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity || static_eval > StaticEvals[ply - 2]);
+    const bool improving = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
+                                         static_eval > StaticEvals[ply - 2]);
     if (!pv && !checkers) {
         // Reverse futility: so far above beta that a shallow search would not come down.
         if (depth <= ReverseFutilityDepth && beta > -MateBound && beta < MateBound &&
