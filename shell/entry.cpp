@@ -27,7 +27,8 @@ void mode_loop() {
         } else if (std::strncmp(piece, "cons", 4) == 0) {
             console_loop(shell);
             if (QuitRequested == 1) return;
-        } else if (std::strncmp(piece, "uci", 3) == 0 && piece[3 + std::strspn(piece + 3, " \t\r\n")] == '\0') {
+        } else if (std::strncmp(piece, "uci", 3) == 0 &&
+                   piece[3 + std::strspn(piece + 3, " \t\r\n")] == '\0') {
             uci_loop(); // "uci" alone on its line, the first command of a UCI interface
             if (QuitRequested == 1) return;
         }
