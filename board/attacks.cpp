@@ -119,11 +119,6 @@ inline Bitboard attackers(const Position& p, Square k, Bitboard occ, Bitboard pa
            (KingAttacks[k] & kings(p));
 }
 
-// The squares from which an opponent pawn, capturing downwards, attacks k.
-inline Bitboard opponent_pawn_squares(Square k) {
-    return ((bit(k) << 7) & NotHFile) | ((bit(k) << 9) & NotAFile);
-}
-
 } // namespace
 
 // A side without a king (possible only through a FEN) is never in check.
@@ -132,7 +127,7 @@ Bitboard in_check() {
     Bitboard king = p.ownPieces & kings(p);
     if (!king) return 0;
     Square k = lsb(king);
-    return attackers(p, k, occupied(p), opponent_pawn_squares(k)) & opponent_pieces(p);
+    return attackers(p, k, occupied(p), pawn_attacks(bit(k))) & opponent_pieces(p);
 }
 
 Bitboard move_left_king_in_check() {
@@ -140,8 +135,7 @@ Bitboard move_left_king_in_check() {
     Bitboard king = opponent_pieces(p) & kings(p);
     if (!king) return 0;
     Square k = lsb(king);
-    Bitboard pawn_squares = ((bit(k) >> 7) & NotAFile) | ((bit(k) >> 9) & NotHFile);
-    return attackers(p, k, occupied(p), pawn_squares) & p.ownPieces;
+    return attackers(p, k, occupied(p), opponent_pawn_attacks(bit(k))) & p.ownPieces;
 }
 
 KingSafety king_safety() {
@@ -151,7 +145,7 @@ KingSafety king_safety() {
     if (!king || (king & (king - 1))) return {0, 0, 0, -1};
     const Square k = lsb(king);
 
-    KingSafety ks{attackers(p, k, occ, opponent_pawn_squares(k)) & opp, 0, ~Bitboard(0), k};
+    KingSafety ks{attackers(p, k, occ, pawn_attacks(bit(k))) & opp, 0, ~Bitboard(0), k};
     if (ks.checkers) {
         const Bitboard others = ks.checkers & (ks.checkers - 1);
         ks.evasions           = others ? 0 : ks.checkers | Between[k][lsb(ks.checkers)];
@@ -171,7 +165,7 @@ KingSafety king_safety() {
 bool king_step_is_legal(const KingSafety& ks, Square sq) {
     const Position& p  = *CurrentPosition;
     const Bitboard occ = occupied(p) ^ bit(ks.king), opp = opponent_pieces(p) & ~bit(sq);
-    return !(attackers(p, sq, occ, opponent_pawn_squares(sq)) & opp);
+    return !(attackers(p, sq, occ, pawn_attacks(bit(sq))) & opp);
 }
 
 // The position after m, as far as the mover's king cares: the occupancy with the mover's piece
@@ -184,14 +178,14 @@ bool move_is_legal(Move m) {
     const Bitboard F = bit(move_from(m)), T = bit(move_to(m));
     Bitboard occ = (occupied(p) ^ F) | T, opp = opponent_pieces(p) & ~T;
     Bitboard king = p.ownPieces & kings(p);
-    if ((flags & 7) == King) king ^= F | T;
+    if (moving_piece(m) == King) king ^= F | T;
     if (flags == EnPassant) {
         occ ^= T >> 8;
         opp ^= T >> 8;
     }
-    if (flags == CastleKingSide) occ ^= bit(5) | bit(7);  // the rook from h1 to f1
-    if (flags == CastleQueenSide) occ ^= bit(0) | bit(3); // the rook from a1 to d1
+    if (flags == CastleKingSide || flags == CastleQueenSide)
+        occ ^= rook_squares(castling_of(flags));
     if (!king) return true;
     const Square k = lsb(mirror(king)) ^ 56;
-    return !(attackers(p, k, occ, opponent_pawn_squares(k)) & opp);
+    return !(attackers(p, k, occ, pawn_attacks(bit(k))) & opp);
 }

@@ -18,6 +18,33 @@ using Move     = std::uint32_t; // see the diagram below
 // Piece types, spelled by the three type planes of a square (bit 0, bit 1, bit 2).
 enum PieceType : int { Empty = 0, Pawn = 1, Knight = 2, Bishop = 3, Rook = 4, Queen = 5, King = 6 };
 
+// Squares by name, as the side to move sees the board: rank 1 is always its own first rank.
+// clang-format off
+enum SquareName : Square {
+    A1, B1, C1, D1, E1, F1, G1, H1,
+    A2, B2, C2, D2, E2, F2, G2, H2,
+    A3, B3, C3, D3, E3, F3, G3, H3,
+    A4, B4, C4, D4, E4, F4, G4, H4,
+    A5, B5, C5, D5, E5, F5, G5, H5,
+    A6, B6, C6, D6, E6, F6, G6, H6,
+    A7, B7, C7, D7, E7, F7, G7, H7,
+    A8, B8, C8, D8, E8, F8, G8, H8,
+};
+// clang-format on
+// The square as White sees the board, for a square of a record with the given side to move.
+constexpr Square white_view(Square sq, int blackToMove) { return blackToMove ? sq ^ 56 : sq; }
+
+// Castling rights: the side to move's in the low half of the byte, the opponent's in the high.
+enum CastlingRights : std::uint8_t {
+    OwnQueenSide = 0x01, OwnKingSide = 0x02, OwnRights = 0x03,
+    TheirQueenSide = 0x10, TheirKingSide = 0x20,
+};
+// The same rights seen from the other side: the two halves change places.
+constexpr std::uint8_t swapped_rights(std::uint8_t rights) {
+    return std::uint8_t((rights >> 4) | (rights << 4));
+}
+constexpr std::uint8_t NoEpFile = 8; // no en-passant capture is possible
+
 // The position as seen by the side to move. While Black is to move the whole board is mirrored
 // top to bottom (square XOR 56), so forward is always towards higher squares.
 struct Position {
@@ -25,8 +52,8 @@ struct Position {
     Bitboard typeBit0;             // bit 0 of each square's piece type (either colour)
     Bitboard typeBit1;             // bit 1
     Bitboard typeBit2;             // bit 2
-    std::uint8_t castling;         // 0x01 own queen-side, 0x02 own king-side, 0x10 / 0x20 opponent's
-    std::uint8_t epFile;           // file the side to move may take en passant on; 8 = none
+    std::uint8_t castling;         // CastlingRights: the side to move's low, the opponent's high
+    std::uint8_t epFile;           // file the side to move may take en passant on, or NoEpFile
     std::uint8_t reversibleCount;  // half-moves since the last capture or pawn move
     std::uint8_t repetitions;      // 0 new, 1 second occurrence, 2 third occurrence
     std::int32_t blackToMove;      // 0 White to move, 1 Black to move
@@ -63,7 +90,10 @@ constexpr Move QueenSideCastle = 0x00020426; // e1 to c1
 constexpr Move make_move_word(std::uint32_t flags, Square from, Square to, int promo = 0) {
     return flags | (Move(from) << 8) | (Move(to) << 16) | (Move(promo) << 24);
 }
+constexpr std::uint32_t CaptureFlag = 0x08;
 constexpr std::uint32_t move_flags(Move m) { return m & 0xFF; }
+constexpr int moving_piece(Move m) { return int(m & 7); }
+constexpr bool is_capture(Move m) { return (m & CaptureFlag) != 0; } // en passant included
 constexpr Square move_from(Move m) { return Square((m >> 8) & 0xFF); }
 constexpr Square move_to(Move m) { return Square((m >> 16) & 0xFF); }
 constexpr int move_promotion(Move m) { return int(m >> 24); }
@@ -102,6 +132,19 @@ constexpr Bitboard Rank1 = 0x00000000000000FFull, Rank2 = 0x000000000000FF00ull;
 constexpr Bitboard Rank4 = 0x00000000FF000000ull, Rank7 = 0x00FF000000000000ull;
 constexpr Bitboard Rank8 = 0xFF00000000000000ull;
 
+// Pawn captures. The side to move's pawns capture upwards, one file to the right (towards h) or
+// to the left; the opponent's pawns capture downwards. Attacks are symmetric, so the squares
+// from which an opponent pawn attacks a set are the set's own pawn attacks, and the other way.
+constexpr Bitboard pawn_attacks_right(Bitboard set) { return (set << 9) & NotAFile; }
+constexpr Bitboard pawn_attacks_left(Bitboard set) { return (set << 7) & NotHFile; }
+constexpr Bitboard pawn_attacks(Bitboard set) {
+    return pawn_attacks_right(set) | pawn_attacks_left(set);
+}
+constexpr Bitboard opponent_pawn_attacks(Bitboard set) {
+    return ((set >> 9) & NotHFile) | ((set >> 7) & NotAFile);
+}
+static_assert(pawn_attacks(bit(A2)) == bit(B3) && opponent_pawn_attacks(bit(H7)) == bit(G6));
+
 // Piece sets of both colours, from the three type planes.
 constexpr Bitboard occupied(const Position& p) { return p.typeBit0 | p.typeBit1 | p.typeBit2; }
 constexpr Bitboard opponent_pieces(const Position& p) { return occupied(p) ^ p.ownPieces; }
@@ -127,18 +170,89 @@ constexpr int piece_type_at(const Position& p, Square sq) {
            int(((p.typeBit2 >> sq) & 1) << 2);
 }
 
+// The record as the other side sees it: the board mirrored, the other side's pieces its own,
+// the rights' halves swapped. Two changes of view restore a record exactly.
+constexpr Position flipped(const Position& p) {
+    Position q    = p;
+    q.ownPieces   = mirror(opponent_pieces(p));
+    q.typeBit0    = mirror(p.typeBit0);
+    q.typeBit1    = mirror(p.typeBit1);
+    q.typeBit2    = mirror(p.typeBit2);
+    q.castling    = swapped_rights(p.castling);
+    q.blackToMove = 1 - p.blackToMove;
+    return q;
+}
+
+// En passant: the square the capture lands on, as a set, when the side to move may take there:
+// the opponent's double-pushed pawn stands in front of it and the square itself is empty (a
+// FEN's en-passant field is not otherwise checked against the board).
+constexpr Bitboard en_passant_target(const Position& p) {
+    if (p.epFile == NoEpFile) return 0;
+    const Bitboard target = bit(A6 + p.epFile);
+    if ((occupied(p) & target) || !(opponent_pieces(p) & pawns(p) & (target >> 8))) return 0;
+    return target;
+}
+// The own pawns that may take en passant onto target: the one to its left first.
+constexpr Bitboard en_passant_capturers(const Position& p, Bitboard target) {
+    return opponent_pawn_attacks(target) & p.ownPieces & pawns(p);
+}
+
+// Castling, on either side: the right it needs, where king and rook go, the squares between
+// them that must be empty, and the king's path (its square, the one it crosses, the one it
+// lands on), of which none may be attacked.
+struct Castling {
+    std::uint8_t right;
+    Move move;
+    Square kingTo, rookFrom, rookTo;
+    Bitboard between, kingPath;
+};
+inline constexpr Castling QueenSideCastling = {OwnQueenSide, QueenSideCastle, C1, A1, D1,
+                                               bit(B1) | bit(C1) | bit(D1),
+                                               bit(C1) | bit(D1) | bit(E1)};
+inline constexpr Castling KingSideCastling  = {OwnKingSide, KingSideCastle, G1, H1, F1,
+                                               bit(F1) | bit(G1), bit(E1) | bit(F1) | bit(G1)};
+// The castling a move with these flags (CastleKingSide or CastleQueenSide) makes.
+constexpr const Castling& castling_of(std::uint32_t flags) {
+    return flags == CastleKingSide ? KingSideCastling : QueenSideCastling;
+}
+// The rook's squares before and after.
+constexpr Bitboard rook_squares(const Castling& c) { return bit(c.rookFrom) | bit(c.rookTo); }
+// Whether the side to move may castle so: the right held, king and rook on their squares (a
+// FEN may give rights without them), the squares between them empty, and no square of the
+// king's path attacked, as the caller's attacked(square) judges it.
+template <class Attacked>
+constexpr bool castling_possible(const Position& p, const Castling& c, Attacked attacked) {
+    const Bitboard own = p.ownPieces;
+    if (!(p.castling & c.right) || (occupied(p) & c.between)) return false;
+    if (!(own & kings(p) & bit(E1)) || !(own & rooks(p) & bit(c.rookFrom))) return false;
+    for (Bitboard path = c.kingPath; path;)
+        if (attacked(pop_lsb(path))) return false;
+    return true;
+}
+// The rights after a move of the given piece from one square to another: a king move loses both
+// own rights, a rook leaving its corner loses its side, and a capture on the opponent's corner
+// takes the opponent's right there.
+constexpr std::uint8_t castling_after(std::uint8_t rights, int mover, Square from, Square to,
+                                      bool capture) {
+    if (mover == King) rights &= ~OwnRights;
+    if (mover == Rook && from == A1) rights &= ~OwnQueenSide;
+    if (mover == Rook && from == H1) rights &= ~OwnKingSide;
+    if (capture && to == A8) rights &= ~TheirQueenSide;
+    if (capture && to == H8) rights &= ~TheirKingSide;
+    return rights;
+}
+
 // Position stack.
 void new_game();
 void flip_position();
-// The same change of view applied to a copy of a record.
-Position flipped(const Position& p);
 // Steps CurrentPosition back one record (never below record 0).
 inline void take_back() {
     if (CurrentPosition > &PositionStack[0]) --CurrentPosition;
 }
 void count_repetitions();
 int stack_index();                // index of CurrentPosition in PositionStack
-void make_room_for_game_move();   // drops the oldest game records when the game nears the search reserve
+// Drops the oldest game records when the game nears the search reserve.
+void make_room_for_game_move();
 
 // FEN.
 [[nodiscard]] int read_fen(const char* text);
@@ -212,6 +326,9 @@ inline Bitboard bishop_lookup(Square sq, Bitboard occupancy) {
     const SliderSquare& s = BishopSquares[sq];
     return SliderTable[s.offset + gather_bits(occupancy, s.mask)];
 }
+inline Bitboard queen_lookup(Square sq, Bitboard occupancy) {
+    return rook_lookup(sq, occupancy) | bishop_lookup(sq, occupancy);
+}
 // The same for an occupancy that holds sq, as the board's occupancy does when a piece stands
 // there; an occupancy without sq gives the empty set.
 inline Bitboard rook_attacks(Square sq, Bitboard occupancy) {
@@ -256,7 +373,7 @@ inline bool move_is_legal(Move m, const KingSafety& ks) {
     const Square from = move_from(m), to = move_to(m);
     if (ks.king < 0 || flags == EnPassant || flags == CastleKingSide || flags == CastleQueenSide)
         return move_is_legal(m);
-    if ((flags & 7) == King) return king_step_is_legal(ks, to);
+    if (moving_piece(m) == King) return king_step_is_legal(ks, to);
     if (!(ks.evasions & bit(to))) return false;
     return !(ks.pinned & bit(from)) || (LineThrough[ks.king][from] & bit(to));
 }

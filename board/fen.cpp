@@ -101,10 +101,10 @@ int read_fen(const char* text) {
     if (fields[2] != "-")
         for (char c : fields[2]) {
             switch (c) {
-            case 'K': castling |= 0x02; break;
-            case 'Q': castling |= 0x01; break;
-            case 'k': castling |= 0x20; break;
-            case 'q': castling |= 0x10; break;
+            case 'K': castling |= OwnKingSide; break;
+            case 'Q': castling |= OwnQueenSide; break;
+            case 'k': castling |= TheirKingSide; break;
+            case 'q': castling |= TheirQueenSide; break;
             default: return 0;
             }
         }
@@ -120,7 +120,7 @@ int read_fen(const char* text) {
 
     std::string_view ep = fields[3];
     if (ep == "-") {
-        p.epFile = 8;
+        p.epFile = NoEpFile;
         return 1;
     }
     if (ep.size() >= 2 && ep[0] >= 'a' && ep[0] <= 'h' && ep[1] == (black ? '3' : '6')) {

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr Square A1 = 0, D1 = 3, F1 = 5, H1 = 7, A8 = 56, H8 = 63;
-
 // Removes whatever stands on the squares of mask from the three type planes.
 inline void clear_squares(Position& p, Bitboard mask) {
     p.typeBit0 &= ~mask;
@@ -42,7 +40,7 @@ void make_move(Move m) {
     case PawnCapture: case KnightCapture: case BishopCapture: case RookCapture:
     case QueenCapture: case KingCapture:
         clear_squares(p, T);
-        toggle_piece(p, int(flags & 7), F | T);
+        toggle_piece(p, moving_piece(m), F | T);
         break;
     case PromotionCapture:
         clear_squares(p, T);
@@ -52,15 +50,13 @@ void make_move(Move m) {
         toggle_piece(p, move_promotion(m), T);
         break;
     case CastleKingSide:
+    case CastleQueenSide: {
+        const Bitboard rook = rook_squares(castling_of(flags));
         toggle_piece(p, King, F | T);
-        p.typeBit2 ^= bit(F1) | bit(H1);
-        p.ownPieces ^= bit(F1) | bit(H1);
+        p.typeBit2 ^= rook;
+        p.ownPieces ^= rook;
         break;
-    case CastleQueenSide:
-        toggle_piece(p, King, F | T);
-        p.typeBit2 ^= bit(A1) | bit(D1);
-        p.ownPieces ^= bit(A1) | bit(D1);
-        break;
+    }
     case EnPassant:
         p.typeBit0 ^= F | T | (T >> 8);
         break;
@@ -70,35 +66,21 @@ void make_move(Move m) {
     p.ownPieces ^= F | T;
 
     // Step 2. En passant becomes possible only after a double push.
-    p.epFile = 8;
+    p.epFile = NoEpFile;
     if (flags == PawnPush && (F & Rank2) && (T & Rank4)) p.epFile = std::uint8_t(to & 7);
 
-    // Step 3. Castling rights: a king move loses both, a rook leaving its corner loses its
-    // side, and a capture on the opponent's corner takes the opponent's right there.
-    if ((flags & 7) == King) p.castling &= ~0x03;
-    if ((flags & 7) == Rook) {
-        if (from == A1) p.castling &= ~0x01;
-        if (from == H1) p.castling &= ~0x02;
-    }
-    if ((flags & 0x08) && flags != EnPassant) {
-        if (to == A8) p.castling &= ~0x10;
-        if (to == H8) p.castling &= ~0x20;
-    }
+    // Step 3. Castling rights. En passant never lands on a corner.
+    p.castling = castling_after(p.castling, moving_piece(m), from, to, is_capture(m));
 
     // Step 4. Pawn moves and captures are irreversible. The count stops at 255 rather than
     // wrap to 0 in a very long game, where the fifty-move rule and the repetition scan would
     // lose the reversible stretch behind it.
-    const bool irreversible = (flags & 7) == Pawn || (flags & 0x08);
+    const bool irreversible = moving_piece(m) == Pawn || is_capture(m);
     const int counted       = p.reversibleCount + (p.reversibleCount < 255);
     p.reversibleCount       = irreversible ? 0 : std::uint8_t(counted);
 
     // Step 5. Turn the board to the opponent.
-    p.ownPieces   = mirror(opponent_pieces(p));
-    p.typeBit0    = mirror(p.typeBit0);
-    p.typeBit1    = mirror(p.typeBit1);
-    p.typeBit2    = mirror(p.typeBit2);
-    p.castling    = std::uint8_t((p.castling >> 4) | (p.castling << 4));
-    p.blackToMove ^= 1;
+    p = flipped(p);
 
     // Step 6. Repetitions can only be found back to the last irreversible move.
     if (irreversible)

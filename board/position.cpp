@@ -8,21 +8,10 @@ Position* CurrentPosition       = &PositionStack[0];
 std::uint32_t IterationNodeCount = 0;
 
 void new_game() {
+    constexpr std::uint8_t AllRights = OwnRights | swapped_rights(OwnRights);
     CurrentPosition  = &PositionStack[0];
     *CurrentPosition = Position{0x000000000000FFFFull, 0x2CFF00000000FF2Cull, 0x7600000000000076ull,
-                                0x9900000000000099ull, 0x33, 8, 0, 0, 0};
-}
-
-// The record in the other side's view; two changes of view restore it exactly.
-Position flipped(const Position& p) {
-    Position q    = p;
-    q.ownPieces   = mirror(opponent_pieces(p));
-    q.typeBit0    = mirror(p.typeBit0);
-    q.typeBit1    = mirror(p.typeBit1);
-    q.typeBit2    = mirror(p.typeBit2);
-    q.castling    = std::uint8_t((p.castling >> 4) | (p.castling << 4));
-    q.blackToMove = 1 - p.blackToMove;
-    return q;
+                                0x9900000000000099ull, AllRights, NoEpFile, 0, 0, 0};
 }
 
 void flip_position() { *CurrentPosition = flipped(*CurrentPosition); }

@@ -21,28 +21,26 @@ constexpr int piece_kind(int type, bool white) { return 2 * (type - 1) + (white 
 std::uint64_t book_key() {
     const Position& pos = *CurrentPosition;
     const bool black    = pos.blackToMove != 0;
-    const int flipSq    = black ? 56 : 0;
     std::uint64_t key   = 0;
 
     for (Bitboard bb = occupied(pos); bb;) {
         Square sq  = pop_lsb(bb);
         bool white = ((pos.ownPieces >> sq) & 1) != black;
-        key ^= Random64[64 * piece_kind(piece_type_at(pos, sq), white) + (sq ^ flipSq)];
+        key ^= Random64[64 * piece_kind(piece_type_at(pos, sq), white) + white_view(sq, black)];
     }
 
-    // White's rights sit in the low nibble of White's view, Black's in the high one.
-    const unsigned rights =
-        black ? ((pos.castling >> 4) | (pos.castling << 4)) & 0xFF : pos.castling;
-    if (rights & 0x02) key ^= Random64[CastlingEntry + 0];
-    if (rights & 0x01) key ^= Random64[CastlingEntry + 1];
-    if (rights & 0x20) key ^= Random64[CastlingEntry + 2];
-    if (rights & 0x10) key ^= Random64[CastlingEntry + 3];
+    // White's rights sit in the own half of White's view, Black's in the other.
+    const std::uint8_t rights = black ? swapped_rights(pos.castling) : pos.castling;
+    if (rights & OwnKingSide) key ^= Random64[CastlingEntry + 0];
+    if (rights & OwnQueenSide) key ^= Random64[CastlingEntry + 1];
+    if (rights & TheirKingSide) key ^= Random64[CastlingEntry + 2];
+    if (rights & TheirQueenSide) key ^= Random64[CastlingEntry + 3];
 
     // The en passant file counts only when the side to move has a pawn beside the pawn that has
     // just advanced two squares (on the fifth rank of the mover's view), whether or not the
     // capture would be legal.
-    if (pos.epFile < 8) {
-        const Square pushed     = 32 + pos.epFile;
+    if (pos.epFile != NoEpFile) {
+        const Square pushed     = A5 + pos.epFile;
         const Bitboard ownPawns = pawns(pos) & pos.ownPieces;
         Bitboard beside         = 0;
         if (pos.epFile > 0) beside |= bit(pushed - 1);

@@ -3,9 +3,6 @@
 
 namespace {
 
-constexpr Square A1 = 0, B1 = 1, C1 = 2, D1 = 3, E1 = 4, F1 = 5, G1 = 6, H1 = 7;
-constexpr Square B2 = 9, C2 = 10, G2 = 14;
-
 // Appends while there is room: only contrived positions (many queens or promoting pawns set
 // up by FEN) can fill a list, and then the moves beyond its room are not generated.
 inline void add(MoveList& list, Move m, int score) {
@@ -43,35 +40,23 @@ void add_quiets(QuietList& list, std::uint32_t flags, Square from, Bitboard targ
     while (targets) add(list, make_move_word(flags, from, pop_lsb(targets)));
 }
 
-// Whether an opponent piece other than the king attacks sq; castling adds the king's own
-// squares (g2, or b2 and c2), which leaves out a king on h2 next to g1: the legality test
-// after the move catches that one.
+// Whether an opponent piece other than the king attacks sq.
 bool attacked_without_king(const Position& p, Square sq) {
-    Bitboard b = bit(sq), occ = occupied(p), opp = opponent_pieces(p);
-    Bitboard pawn_squares = ((b << 7) & NotHFile) | ((b << 9) & NotAFile);
-    return opp & ((KnightAttacks[sq] & knights(p)) | (pawn_squares & pawns(p)) |
-                  (rook_lookup(sq, occ) & straight_sliders(p)) |
-                  (bishop_lookup(sq, occ) & diagonal_sliders(p)));
+    const Bitboard occ = occupied(p);
+    return opponent_pieces(p) &
+           ((KnightAttacks[sq] & knights(p)) | (pawn_attacks(bit(sq)) & pawns(p)) |
+            (rook_lookup(sq, occ) & straight_sliders(p)) |
+            (bishop_lookup(sq, occ) & diagonal_sliders(p)));
 }
 
-// The castling bits are trusted only with the own king on e1 and the own rook in the corner,
-// so rights that a FEN gives without those pieces never move a piece that is not there.
-bool can_castle_king_side(const Position& p) {
-    Bitboard occ = occupied(p);
-    if (!(p.castling & 0x02) || (occ & (bit(F1) | bit(G1)))) return false;
-    if (!(p.ownPieces & kings(p) & bit(E1)) || !(p.ownPieces & rooks(p) & bit(H1))) return false;
-    if (opponent_pieces(p) & kings(p) & bit(G2)) return false;
-    return !attacked_without_king(p, E1) && !attacked_without_king(p, F1) &&
-           !attacked_without_king(p, G1);
-}
+// The generator's own test of the king's path leaves the opponent king out; castling adds the
+// king's own squares in front of the landing square instead (g2, or b2 and c2), which leaves
+// out a king on h2 next to g1: the legality test after the move catches that one.
+constexpr Bitboard KingSideGuard = bit(G2), QueenSideGuard = bit(B2) | bit(C2);
 
-bool can_castle_queen_side(const Position& p) {
-    Bitboard occ = occupied(p);
-    if (!(p.castling & 0x01) || (occ & (bit(B1) | bit(C1) | bit(D1)))) return false;
-    if (!(p.ownPieces & kings(p) & bit(E1)) || !(p.ownPieces & rooks(p) & bit(A1))) return false;
-    if (opponent_pieces(p) & kings(p) & (bit(B2) | bit(C2))) return false;
-    return !attacked_without_king(p, C1) && !attacked_without_king(p, D1) &&
-           !attacked_without_king(p, E1);
+bool can_castle(const Position& p, const Castling& c, Bitboard guard) {
+    if (opponent_pieces(p) & kings(p) & guard) return false;
+    return castling_possible(p, c, [&](Square sq) { return attacked_without_king(p, sq); });
 }
 
 // Where the pieces that can land on the target squares stand: anywhere for the whole list, the
@@ -90,31 +75,24 @@ constexpr Sources Anywhere = {~Bitboard(0), ~Bitboard(0), ~Bitboard(0)};
     const Bitboard victims   = opp & onto;
     const Bitboard own_pawns = own & pawns(p);
 
-    // 1. En passant, when the double-pushed pawn is really there and the square behind it is
-    // empty (a FEN's en-passant square is not otherwise checked against the board).
-    if (p.epFile != 8 && (onto & bit(40 + p.epFile))) {
-        Square target = 40 + p.epFile;
-        if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8))) {
-            if (p.epFile != 0 && (own_pawns & bit(target - 9)))
-                add(list, make_move_word(EnPassant, target - 9, target), 21);
-            if (p.epFile != 7 && (own_pawns & bit(target - 7)))
-                add(list, make_move_word(EnPassant, target - 7, target), 21);
-        }
-    }
+    // 1. En passant, from the left first.
+    if (const Bitboard target = en_passant_target(p) & onto)
+        for (Bitboard b = en_passant_capturers(p, target); b;)
+            add(list, make_move_word(EnPassant, pop_lsb(b), lsb(target)), 21);
 
     // 2. Promotions: captures up-right, captures up-left, pushes.
     if (Bitboard seventh = own_pawns & Rank7) {
-        add_promotions(list, PromotionCapture, 9, (seventh << 9) & NotAFile & victims);
-        add_promotions(list, PromotionCapture, 7, (seventh << 7) & NotHFile & victims);
+        add_promotions(list, PromotionCapture, 9, pawn_attacks_right(seventh) & victims);
+        add_promotions(list, PromotionCapture, 7, pawn_attacks_left(seventh) & victims);
         add_promotions(list, Promotion, 8, (seventh << 8) & ~occ & onto);
     }
 
     // 3-4. Pawn captures that do not promote.
-    for (Bitboard t = (own_pawns << 9) & NotAFile & ~Rank8 & victims; t;) {
+    for (Bitboard t = pawn_attacks_right(own_pawns) & ~Rank8 & victims; t;) {
         Square to = pop_lsb(t);
         add(list, make_move_word(PawnCapture, to - 9, to), capture_score(p, to, Pawn));
     }
-    for (Bitboard t = (own_pawns << 7) & NotHFile & ~Rank8 & victims; t;) {
+    for (Bitboard t = pawn_attacks_left(own_pawns) & ~Rank8 & victims; t;) {
         Square to = pop_lsb(t);
         add(list, make_move_word(PawnCapture, to - 7, to), capture_score(p, to, Pawn));
     }
@@ -134,8 +112,7 @@ constexpr Sources Anywhere = {~Bitboard(0), ~Bitboard(0), ~Bitboard(0)};
     }
     for (Bitboard b = own & queens(p) & (from_sets.diagonal | from_sets.straight); b;) {
         Square from = pop_lsb(b);
-        add_captures(list, p, Queen, from,
-                     (rook_lookup(from, occ) | bishop_lookup(from, occ)) & victims);
+        add_captures(list, p, Queen, from, queen_lookup(from, occ) & victims);
     }
     if (Bitboard king = own & kings(p)) {
         Square from = lsb(king);
@@ -146,8 +123,8 @@ constexpr Sources Anywhere = {~Bitboard(0), ~Bitboard(0), ~Bitboard(0)};
 } // namespace
 
 bool castling_allowed(int king_side) {
-    return king_side ? can_castle_king_side(*CurrentPosition)
-                     : can_castle_queen_side(*CurrentPosition);
+    return king_side ? can_castle(*CurrentPosition, KingSideCastling, KingSideGuard)
+                     : can_castle(*CurrentPosition, QueenSideCastling, QueenSideGuard);
 }
 
 void generate_captures(MoveList& list) {
@@ -168,9 +145,9 @@ void generate_quiet_moves(QuietList& list) {
     const Bitboard occ = occupied(p), own = p.ownPieces, empty = ~occ;
 
     // 1-2. Castling, queen-side first.
-    if (p.castling & 0x03) {
-        if (can_castle_queen_side(p)) add(list, QueenSideCastle);
-        if (can_castle_king_side(p)) add(list, KingSideCastle);
+    if (p.castling & OwnRights) {
+        if (can_castle(p, QueenSideCastling, QueenSideGuard)) add(list, QueenSideCastle);
+        if (can_castle(p, KingSideCastling, KingSideGuard)) add(list, KingSideCastle);
     }
 
     // 3-7. King, queens, rooks, bishops, knights to empty squares.
@@ -180,8 +157,7 @@ void generate_quiet_moves(QuietList& list) {
     }
     for (Bitboard b = own & queens(p); b;) {
         Square from = pop_lsb(b);
-        add_quiets(list, QueenMove, from,
-                   (rook_lookup(from, occ) | bishop_lookup(from, occ)) & empty);
+        add_quiets(list, QueenMove, from, queen_lookup(from, occ) & empty);
     }
     for (Bitboard b = own & rooks(p); b;) {
         Square from = pop_lsb(b);
@@ -212,15 +188,9 @@ std::uint32_t count_tactical_moves() {
     const Position& p  = *CurrentPosition;
     const Bitboard occ = occupied(p), own = p.ownPieces, opp = occ ^ own;
     const Bitboard own_pawns = own & pawns(p);
-    int n                    = 0;
-    if (p.epFile != 8) {
-        Square target = 40 + p.epFile;
-        if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8)))
-            n += (p.epFile != 0 && (own_pawns & bit(target - 9))) +
-                 (p.epFile != 7 && (own_pawns & bit(target - 7)));
-    }
-    const Bitboard right = (own_pawns << 9) & NotAFile & opp,
-                   left  = (own_pawns << 7) & NotHFile & opp;
+    int n                    = std::popcount(en_passant_capturers(p, en_passant_target(p)));
+    const Bitboard right = pawn_attacks_right(own_pawns) & opp;
+    const Bitboard left  = pawn_attacks_left(own_pawns) & opp;
     const Bitboard push  = ((own_pawns & Rank7) << 8) & ~occ;
     n += std::popcount(right & ~Rank8) + std::popcount(left & ~Rank8) +
          4 * (std::popcount(right & Rank8) + std::popcount(left & Rank8) + std::popcount(push));

@@ -3,8 +3,6 @@
 
 namespace {
 
-constexpr Square E1 = 4, C1 = 2, G1 = 6;
-
 // One set of target squares and the flags a move into it carries.
 struct Slot {
     Bitboard targets;
@@ -46,15 +44,9 @@ int target_slots(const Position& p, Square from, Slot* slots) {
     case Pawn: {
         Bitboard single = (F << 8) & empty;
         Bitboard pushes = single | (((single & (Rank2 << 8)) << 8) & empty);
-        Bitboard diagonal = ((F << 7) & NotHFile) | ((F << 9) & NotAFile);
-        Bitboard ep = 0;
-        if (p.epFile != 8) {
-            Square target = 40 + p.epFile;
-            if (!(occ & bit(target)) && (opp & pawns(p) & bit(target - 8))) ep = bit(target);
-        }
         slots[0] = {pushes, PawnPush};
-        slots[1] = {diagonal & opp, PawnCapture};
-        slots[2] = {diagonal & ep, EnPassant};
+        slots[1] = {pawn_attacks(F) & opp, PawnCapture};
+        slots[2] = {pawn_attacks(F) & en_passant_target(p), EnPassant};
         return 3;
     }
     default:
@@ -84,9 +76,8 @@ Move user_move(const char* text) {
     if (promotion < 0) return 0;
 
     const Position& p = *CurrentPosition;
-    const int flip    = p.blackToMove ? 56 : 0;
-    Square from = ((text[0] - 'a') + 8 * (text[1] - '1')) ^ flip;
-    Square to   = ((text[2] - 'a') + 8 * (text[3] - '1')) ^ flip;
+    Square from = white_view((text[0] - 'a') + 8 * (text[1] - '1'), p.blackToMove);
+    Square to   = white_view((text[2] - 'a') + 8 * (text[3] - '1'), p.blackToMove);
 
     Slot slots[4];
     int count = target_slots(p, from, slots);
@@ -95,8 +86,8 @@ Move user_move(const char* text) {
         if (slots[i].targets & bit(to)) flags = slots[i].flags;
     if (!flags) return 0;
 
-    if ((flags & 7) == Pawn) {
-        bool last_rank = to >= 56;
+    if (moving_piece(flags) == Pawn) {
+        bool last_rank = to >= A8;
         if (last_rank) {
             flags     = flags == PawnCapture ? PromotionCapture : Promotion;
             promotion = promotion ? promotion : Queen;

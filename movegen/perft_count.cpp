@@ -9,20 +9,7 @@
 
 namespace {
 
-constexpr Square A1 = 0, C1 = 2, D1 = 3, E1 = 4, F1 = 5, G1 = 6, H1 = 7, A8 = 56, H8 = 63;
 constexpr Bitboard Rank3 = Rank2 << 8;
-
-// The squares the opponent's pawns attack: they capture downwards, from s to s - 9 (a file to
-// the left) and to s - 7 (a file to the right).
-constexpr Bitboard opponent_pawn_attacks(Bitboard P) {
-    return ((P >> 9) & NotHFile) | ((P >> 7) & NotAFile);
-}
-// The squares from which an opponent pawn attacks sq.
-constexpr Bitboard opponent_pawn_squares(Square sq) {
-    return ((bit(sq) << 7) & NotHFile) | ((bit(sq) << 9) & NotAFile);
-}
-static_assert(opponent_pawn_attacks(bit(3 * 8 + 0)) == bit(2 * 8 + 1) &&
-              opponent_pawn_squares(2 * 8 + 1) == (bit(3 * 8 + 0) | bit(3 * 8 + 2)));
 
 // Whether the two lists keep every move of the pieces in side (pawns about to promote: those in
 // seventh), judged from the most moves each kind can have: queens 27 quiet moves or 8 captures
@@ -53,8 +40,8 @@ template <class Sink>
                                               Bitboard target) {
     const Bitboard single = (P << 8) & empty;
     const Bitboard push = single & target, twice = ((single & Rank3) << 8) & empty & target;
-    const Bitboard right = (P << 9) & NotAFile & opp & target;
-    const Bitboard left  = (P << 7) & NotHFile & opp & target;
+    const Bitboard right = pawn_attacks_right(P) & opp & target;
+    const Bitboard left  = pawn_attacks_left(P) & opp & target;
     sink.pawns(push & ~Rank8, 8);
     sink.pawns(twice, 16);
     sink.pawns(right & ~Rank8, 9);
@@ -66,91 +53,89 @@ template <class Sink>
     }
 }
 
-// Hands the legal moves of p to the sink, as sets: sink.king(from, targets),
-// sink.piece<Type>(from, targets), sink.pawns(targets, distance), sink.promotions(targets,
-// distance), sink.en_passant(from, to), sink.castle(king_side). checkers receives the pieces
-// giving check. Returns false, having handed over nothing, when the side to move does not have
-// exactly one king.
-//
-// The king steps to squares the opponent does not attack once the king has left its own (its
-// square is taken out of the occupancy for the sliders). Another piece lands only on the checker
-// or between it and the king when in check, and nowhere under a double check; a pinned piece
-// keeps to its line. En passant takes a second piece off the board and is tested as a whole.
-// Castling needs, besides the rights, the king on e1, the rook in the corner and the squares
-// between them empty, that no piece but a king attacks the king's three squares and that no
-// opponent king stands next to its landing square: exactly the generator's test followed by the
-// legality test after the move, since a slider reaching f1 or g1 (d1 or c1) through the empty
-// e1 attacks e1 too.
-template <class Sink>
-[[gnu::always_inline]] inline bool legal_moves(const Position& p, Sink& sink, Bitboard& checkers) {
-    const Bitboard own = p.ownPieces, occ = occupied(p), opp = occ ^ own, empty = ~occ;
-    const Bitboard king = own & kings(p);
-    if (!king || (king & (king - 1))) return false;
-    const Square k = lsb(king);
-    const Bitboard oppPawns = opp & pawns(p), oppKnights = opp & knights(p);
-    const Bitboard oppDiagonal = opp & diagonal_sliders(p), oppStraight = opp & straight_sliders(p);
-    const Bitboard oppKings = opp & kings(p);
+// The opponent's pieces, by the way they attack.
+struct Opponent {
+    Bitboard pawns, knights, diagonal, straight, kings;
+};
 
-    // What the opponent attacks matters only when the king has somewhere to go; a king boxed in
-    // by its own pieces looks for checkers directly.
-    Bitboard steps = KingAttacks[k] & ~own, attacked = 0, nearKings = 0;
-    const bool mapped = steps != 0;
+// What the side to move's king faces: where it may step, the squares the opponent attacks once
+// the king has left its own (its square is taken out of the occupancy for the sliders) and those
+// next to the opponent king, and the pieces giving check. The attacks matter only when the king
+// has somewhere to go; a king boxed in by its own pieces looks for checkers directly.
+struct KingView {
+    Square k;
+    Bitboard steps, attacked, nearKings, checkers;
+};
+
+[[gnu::always_inline]] inline KingView king_view(const Position& p, const Opponent& o,
+                                                 Bitboard king) {
+    const Bitboard occ = occupied(p);
+    const Square k     = lsb(king);
+    KingView v{k, KingAttacks[k] & ~p.ownPieces, 0, 0, 0};
+    const bool mapped = v.steps != 0;
     if (mapped) {
         const Bitboard through = occ ^ king;
-        attacked = opponent_pawn_attacks(oppPawns);
-        for (Bitboard b = oppKnights; b;) attacked |= KnightAttacks[pop_lsb(b)];
-        for (Bitboard b = oppDiagonal; b;) attacked |= bishop_lookup(pop_lsb(b), through);
-        for (Bitboard b = oppStraight; b;) attacked |= rook_lookup(pop_lsb(b), through);
-        for (Bitboard b = oppKings; b;) nearKings |= KingAttacks[pop_lsb(b)];
-        steps &= ~(attacked | nearKings);
+        v.attacked             = opponent_pawn_attacks(o.pawns);
+        for (Bitboard b = o.knights; b;) v.attacked |= KnightAttacks[pop_lsb(b)];
+        for (Bitboard b = o.diagonal; b;) v.attacked |= bishop_lookup(pop_lsb(b), through);
+        for (Bitboard b = o.straight; b;) v.attacked |= rook_lookup(pop_lsb(b), through);
+        for (Bitboard b = o.kings; b;) v.nearKings |= KingAttacks[pop_lsb(b)];
+        v.steps &= ~(v.attacked | v.nearKings);
     }
-    checkers = 0;
-    if (!mapped || ((attacked | nearKings) & king))
-        checkers = (KnightAttacks[k] & oppKnights) | (opponent_pawn_squares(k) & oppPawns) |
-                   (bishop_lookup(k, occ) & oppDiagonal) | (rook_lookup(k, occ) & oppStraight) |
-                   (KingAttacks[k] & oppKings);
-    sink.king(k, steps);
+    if (!mapped || ((v.attacked | v.nearKings) & king))
+        v.checkers = (KnightAttacks[k] & o.knights) | (pawn_attacks(king) & o.pawns) |
+                     (bishop_lookup(k, occ) & o.diagonal) | (rook_lookup(k, occ) & o.straight) |
+                     (KingAttacks[k] & o.kings);
+    return v;
+}
 
-    if ((p.castling & 0x03) && k == E1) {
-        if ((p.castling & 0x02) && (own & rooks(p) & bit(H1)) && !(occ & (bit(F1) | bit(G1))) &&
-            !(attacked & (bit(E1) | bit(F1) | bit(G1))) && !(nearKings & bit(G1)))
-            sink.castle(true);
-        if ((p.castling & 0x01) && (own & rooks(p) & bit(A1)) &&
-            !(occ & (bit(1) | bit(C1) | bit(D1))) && !(attacked & (bit(C1) | bit(D1) | bit(E1))) &&
-            !(nearKings & bit(C1)))
-            sink.castle(false);
+// Castling as the generator lists it followed by the legality test after the move: the path
+// free and unattacked (a slider reaching f1 or g1, d1 or c1, through the empty e1 attacks e1
+// too), and no opponent king next to the landing square. A king boxed in cannot castle, so the
+// attacks it did not map are never needed.
+template <class Sink>
+[[gnu::always_inline]] inline void castlings(const Position& p, Sink& sink, const KingView& v) {
+    if (!(p.castling & OwnRights) || v.k != E1) return;
+    const auto attacked = [&](Square sq) { return (v.attacked & bit(sq)) != 0; };
+    for (const Castling* c : {&KingSideCastling, &QueenSideCastling})
+        if (castling_possible(p, *c, attacked) && !(v.nearKings & bit(c->kingTo))) sink.castle(*c);
+}
+
+// En passant takes a second piece off the board and is tested as a whole: legal when no slider
+// reaches the king over the changed occupancy (the pawn pair leaving its rank can bare it) and
+// no checker is left but the taken pawn.
+template <class Sink>
+[[gnu::always_inline]] inline void en_passants(const Position& p, Sink& sink, const Opponent& o,
+                                               const KingView& v) {
+    const Bitboard T = en_passant_target(p), taken = T >> 8;
+    if (!T || (v.checkers & ~(o.diagonal | o.straight) & ~taken)) return;
+    for (Bitboard b = en_passant_capturers(p, T); b;) {
+        const Square from    = pop_lsb(b);
+        const Bitboard after = occupied(p) ^ bit(from) ^ T ^ taken;
+        if (!(rook_lookup(v.k, after) & o.straight) && !(bishop_lookup(v.k, after) & o.diagonal))
+            sink.en_passant(from, lsb(T));
     }
+}
 
-    // En passant, when the double-pushed pawn is there and the square behind it empty (as the
-    // generator has it): legal when no slider reaches the king over the changed occupancy (the
-    // pawn pair leaving its rank can bare it) and no other checker is left but the taken pawn.
-    if (p.epFile != 8) {
-        const Square to     = 40 + p.epFile;
-        const Bitboard T    = bit(to), taken = T >> 8;
-        const Bitboard stay = checkers & ~(oppDiagonal | oppStraight) & ~taken;
-        if (!(occ & T) && (oppPawns & taken) && !stay)
-            for (Bitboard b = own & pawns(p) & (((taken << 1) & NotAFile) | ((taken >> 1) & NotHFile));
-                 b;) {
-                const Square from    = pop_lsb(b);
-                const Bitboard after = occ ^ bit(from) ^ T ^ taken;
-                if (!(rook_lookup(k, after) & oppStraight) && !(bishop_lookup(k, after) & oppDiagonal))
-                    sink.en_passant(from, to);
-            }
-    }
-
-    if (checkers & (checkers - 1)) return true;
-    const Bitboard target = checkers ? ~own & (checkers | Between[k][lsb(checkers)]) : ~own;
-
-    // An opponent slider that sees the king through the own pieces alone pins the one own piece
-    // standing between them (none between: it gives check).
-    Bitboard pinned = 0;
-    for (Bitboard s = (rook_lookup(k, opp) & oppStraight) | (bishop_lookup(k, opp) & oppDiagonal);
+// An opponent slider that sees the king through the own pieces alone pins the one own piece
+// standing between them (none between: it gives check).
+[[gnu::always_inline]] inline Bitboard pinned_pieces(const Position& p, const Opponent& o,
+                                                     Square k) {
+    const Bitboard own = p.ownPieces, opp = occupied(p) ^ own;
+    Bitboard pinned    = 0;
+    for (Bitboard s = (rook_lookup(k, opp) & o.straight) | (bishop_lookup(k, opp) & o.diagonal);
          s;) {
         const Bitboard between = Between[k][pop_lsb(s)] & own;
         if (!(between & (between - 1))) pinned |= between;
     }
+    return pinned;
+}
 
-    const Bitboard free = own & ~pinned;
+// The moves of the own pieces that are not pinned, landing on target.
+template <class Sink>
+[[gnu::always_inline]] inline void free_moves(const Position& p, Sink& sink, Bitboard free,
+                                              Bitboard target) {
+    const Bitboard occ = occupied(p);
     for (Bitboard b = free & knights(p); b;) {
         const Square from = pop_lsb(b);
         sink.template piece<Knight>(from, KnightAttacks[from] & target);
@@ -165,24 +150,53 @@ template <class Sink>
     }
     for (Bitboard b = free & queens(p); b;) {
         const Square from = pop_lsb(b);
-        sink.template piece<Queen>(from, (bishop_lookup(from, occ) | rook_lookup(from, occ)) & target);
+        sink.template piece<Queen>(from, queen_lookup(from, occ) & target);
     }
-    pawn_moves(sink, free & pawns(p), empty, opp, target);
+    pawn_moves(sink, free & pawns(p), ~occ, occ ^ p.ownPieces, target);
+}
 
-    // A pinned knight can never stay on its line; pinned sliders and pawns keep to it.
+// A pinned knight can never stay on its line; pinned sliders and pawns keep to it.
+template <class Sink>
+[[gnu::always_inline]] inline void pinned_moves(const Position& p, Sink& sink, Bitboard pinned,
+                                                Square k, Bitboard target) {
+    const Bitboard occ = occupied(p);
     for (Bitboard b = pinned; b;) {
         const Square from   = pop_lsb(b);
         const Bitboard line = LineThrough[k][from] & target;
         switch (piece_type_at(p, from)) {
-        case Pawn: pawn_moves(sink, bit(from), empty, opp, line); break;
+        case Pawn: pawn_moves(sink, bit(from), ~occ, occ ^ p.ownPieces, line); break;
         case Bishop: sink.template piece<Bishop>(from, bishop_lookup(from, occ) & line); break;
         case Rook: sink.template piece<Rook>(from, rook_lookup(from, occ) & line); break;
         case Queen:
-            sink.template piece<Queen>(from, (bishop_lookup(from, occ) | rook_lookup(from, occ)) & line);
+            sink.template piece<Queen>(from, queen_lookup(from, occ) & line);
             break;
         default: break;
         }
     }
+}
+
+// Hands the legal moves of p to the sink, as sets: sink.king(from, targets),
+// sink.piece<Type>(from, targets), sink.pawns(targets, distance), sink.promotions(targets,
+// distance), sink.en_passant(from, to), sink.castle(castling). checkers receives the pieces
+// giving check. Returns false, having handed over nothing, when the side to move does not have
+// exactly one king. In check another piece lands only on the checker or between it and the
+// king, and nowhere under a double check; a pinned piece keeps to its line.
+template <class Sink>
+[[gnu::always_inline]] inline bool legal_moves(const Position& p, Sink& sink, Bitboard& checkers) {
+    const Bitboard own = p.ownPieces, opp = occupied(p) ^ own, king = own & kings(p);
+    if (!king || (king & (king - 1))) return false;
+    const Opponent o{opp & pawns(p), opp & knights(p), opp & diagonal_sliders(p),
+                     opp & straight_sliders(p), opp & kings(p)};
+    const KingView v = king_view(p, o, king);
+    checkers         = v.checkers;
+    sink.king(v.k, v.steps);
+    castlings(p, sink, v);
+    en_passants(p, sink, o, v);
+    if (checkers & (checkers - 1)) return true;
+    const Bitboard target = checkers ? ~own & (checkers | Between[v.k][lsb(checkers)]) : ~own;
+    const Bitboard pinned = pinned_pieces(p, o, v.k);
+    free_moves(p, sink, own & ~pinned, target);
+    pinned_moves(p, sink, pinned, v.k, target);
     return true;
 }
 
@@ -197,7 +211,7 @@ struct Counter {
     void pawns(Bitboard targets, int) { n += std::popcount(targets); }
     void promotions(Bitboard targets, int) { n += 4 * std::popcount(targets); }
     void en_passant(Square, Square) { ++n; }
-    void castle(bool) { ++n; }
+    void castle(const Castling&) { ++n; }
 };
 
 // The record after a move from F to T that leaves a piece of the given type on T, taking
@@ -220,16 +234,10 @@ inline Position after_move(const Position& p, Bitboard F, Bitboard T, int type,
     return c;
 }
 
-// make_move's rules: a king move loses both own rights, a rook leaving its corner loses its
-// side, and a capture on the opponent's corner takes the opponent's right there.
+// make_move's rules for the castling rights, skipped when none is left.
 inline std::uint8_t rights_after(const Position& p, int mover, Square from, Square to) {
-    int rights = p.castling;
-    if (rights) {
-        if (mover == King) rights &= ~0x03;
-        if (mover == Rook) rights &= ~(from == A1 ? 0x01 : from == H1 ? 0x02 : 0);
-        if (opponent_pieces(p) & bit(to)) rights &= ~(to == A8 ? 0x10 : to == H8 ? 0x20 : 0);
-    }
-    return std::uint8_t(rights);
+    if (!p.castling) return 0;
+    return castling_after(p.castling, mover, from, to, (opponent_pieces(p) & bit(to)) != 0);
 }
 
 std::uint64_t count_paths(const Position& p, std::uint32_t depth, bool fits);
@@ -247,7 +255,7 @@ struct Walker {
     void visit(const Position& c) {
         total += LastPly ? count_last_ply(c, fits) : count_paths(c, depth, fits);
     }
-    void move(Square from, Square to, int type, std::uint8_t epFile = 8) {
+    void move(Square from, Square to, int type, std::uint8_t epFile = NoEpFile) {
         visit(after_move(p, bit(from), bit(to), type, rights_after(p, type, from, to), epFile));
     }
     void king(Square from, Bitboard targets) {
@@ -260,7 +268,7 @@ struct Walker {
     void pawns(Bitboard targets, int distance) {
         while (targets) {
             const Square to = pop_lsb(targets);
-            move(to - distance, to, Pawn, distance == 16 ? std::uint8_t(to & 7) : 8);
+            move(to - distance, to, Pawn, distance == 16 ? std::uint8_t(to & 7) : NoEpFile);
         }
     }
     void promotions(Bitboard targets, int distance) {
@@ -268,19 +276,20 @@ struct Walker {
             const Square to = pop_lsb(targets), from = to - distance;
             const std::uint8_t rights = rights_after(p, Pawn, from, to);
             for (int type : {Queen, Rook, Bishop, Knight})
-                visit(after_move(p, bit(from), bit(to), type, rights, 8));
+                visit(after_move(p, bit(from), bit(to), type, rights, NoEpFile));
         }
     }
     void en_passant(Square from, Square to) {
-        Position c = after_move(p, bit(from), bit(to), Pawn, p.castling, 8);
+        Position c = after_move(p, bit(from), bit(to), Pawn, p.castling, NoEpFile);
         const Bitboard taken = mirror(bit(to - 8));
         c.ownPieces &= ~taken;
         c.typeBit0 &= ~taken;
         visit(c);
     }
-    void castle(bool king_side) {
-        Position c = after_move(p, bit(E1), bit(king_side ? G1 : C1), King, p.castling & ~0x03, 8);
-        c.typeBit2 ^= mirror(king_side ? bit(H1) | bit(F1) : bit(A1) | bit(D1));
+    void castle(const Castling& castling) {
+        Position c = after_move(p, bit(E1), bit(castling.kingTo), King, p.castling & ~OwnRights,
+                                NoEpFile);
+        c.typeBit2 ^= mirror(rook_squares(castling));
         visit(c);
     }
 };
