@@ -129,15 +129,9 @@ int score_side(const Position& p, int n) {
 } // namespace
 
 // (side to move) - (opponent), each side scored on a board seen from its own side: the
-// opponent's view is the record as flip_position would turn it, built here as a copy so the
-// record on the stack is never written.
+// opponent's view is a flipped copy, so the record on the stack is never written.
 int evaluate() {
     const Position& p = *CurrentPosition;
     const int n       = std::popcount(occupied(p));
-    Position them     = p;
-    them.ownPieces    = mirror(opponent_pieces(p));
-    them.typeBit0     = mirror(p.typeBit0);
-    them.typeBit1     = mirror(p.typeBit1);
-    them.typeBit2     = mirror(p.typeBit2);
-    return score_side(p, n) - score_side(them, n);
+    return score_side(p, n) - score_side(flipped(p), n);
 }
