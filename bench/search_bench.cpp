@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "movegen/movegen.h"
-#include "search/search.h"
+#include "search/strong.h"
 
 namespace {
 

@@ -9,8 +9,6 @@
 
 namespace {
 
-const ShellHooks* Shell = nullptr;
-
 // Fixed positions for trying the search and the exchange evaluator by hand. Each overwrites the
 // current record; the stack below is left alone. They are valid, so the reader's answer needs
 // no look.
@@ -131,7 +129,7 @@ Then good(const char*) {
 }
 Then undo(const char*) {
     take_back();
-    Shell->show_board();
+    show_board();
     return NextLine;
 }
 Then force(const char*) {
@@ -170,7 +168,7 @@ Then exit_command(const char*) {
 }
 Then quit(const char*) { return Quit; }
 Then board(const char*) {
-    Shell->show_board();
+    show_board();
     return NextLine;
 }
 Then param(const char*) {
@@ -186,7 +184,7 @@ Then test(const char*) {
     return NextLine;
 }
 Then ini(const char*) {
-    Shell->load_settings("quillfern.ini");
+    load_settings("quillfern.ini");
     return NextLine;
 }
 
@@ -217,7 +215,7 @@ Then play_user_move(const char* line) {
         GameOver = check_game_end();
     else
         output(Screen, "Illegal move: %s\n", line);
-    Shell->show_board();
+    show_board();
     return EngineTurn;
 }
 
@@ -248,8 +246,7 @@ void run_benchmark() {
 }
 
 // Runs until "quit" or the end of input; either sets QuitRequested and returns.
-void console_loop(const ShellHooks& shell) {
-    Shell = &shell;
+void console_loop() {
     char line[LineSize];
     char text[LineSize];
     GameOver    = 0;
@@ -262,7 +259,7 @@ void console_loop(const ShellHooks& shell) {
         if (then == Quit) break;
         if (then == Unknown && looks_like_move(line)) then = play_user_move(line);
         if (then == Unknown) output(Screen, "Error (unknown command): %s\n", line);
-        if (then != NextLine && engine_turn(text, announce_book_move)) Shell->show_board();
+        if (then != NextLine && engine_turn(text, announce_book_move)) show_board();
     }
     QuitRequested = 1;
 }

@@ -1,12 +1,14 @@
-// Front ends: the console and the xboard protocol, and the game they share. This folder owns the
-// game in progress (engine colour, result, clocks), the settings in effect, the game log, the
-// reading of standard input and every write to standard output.
+// Front ends: the console, the xboard protocol and UCI, and the game they share. This folder owns
+// the game in progress (engine colour, result, clocks), the settings in effect and their loading
+// from the INI file, the game log, the reading of standard input and every write to standard
+// output, the board display.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
+#include "book/book.h"
 #include "search/search.h"
 
 // Game control.
@@ -50,6 +52,9 @@ void set_setting(const SettingKey& key, const char* text);
 // Closes the log a load opened before and, when LogGame is on, opens LogFile for appending. A log
 // that cannot be opened is reported on the error stream; the result is then false.
 bool open_game_log();
+// Reads every setting from the INI file; a setting that is missing or out of range gets its
+// default. When the game log is wanted and cannot be opened, the load stops there.
+void load_settings(const char* file_name);
 
 // Every write to standard output: flushed at once, and copied to the game log when logging is on
 // and the line belongs there.
@@ -82,22 +87,28 @@ bool input_ended();
 // Guards the standard streams before anything is read or written: a closed one, a broken pipe.
 void prepare_standard_streams();
 
-// What the shell lends the console.
-struct ShellHooks {
-    void (*show_board)();
-    void (*load_settings)(const char* file_name);
-};
-void console_loop(const ShellHooks& shell);
+// The three front ends; each runs until "quit" or the end of input, and then sets QuitRequested.
+void console_loop();
+void xboard_loop();
 // The UCI driver, entered with the mode line "uci", which it answers as the command.
 void uci_loop();
 // The console's "test": perft over the six positions of the suite, with the rate.
 void run_benchmark();
-void xboard_loop();
+// The position as a diagram from White's side, Italian initials for the pieces.
+void show_board();
 
-// What both front ends share: the engine's move, the analysis, the end of a game.
+// What the front ends share: the engine's move, the analysis, the end of a game.
 int check_game_end();
+// The limits of the engine's search as the settings and the clocks have them: the given depth,
+// the move's fixed time and its budget, counted from SearchStartTime; reported iterations when
+// the thinking is posted. Every front end starts from these.
+SearchLimits search_limits(int max_depth);
 // The engine's move searched in the style the settings choose.
 SearchResult search_in_style(const SearchLimits& limits, const SearchHooks& hooks);
+// Asks the book for the position on the board when Book is on: BookFound, with the move's text
+// in a buffer of 6 bytes, only when the book holds a move that is legal here. A book that cannot
+// be opened is reported on the error stream.
+BookResult probe_book(char* text);
 void think(char* text);
 void analyze(int max_depth);
 // The engine's turn, when it has the side to move and no result stands: a legal book move, which
@@ -117,7 +128,7 @@ struct Command {
 };
 // Runs the first command of the table that matches the line; Unknown when none does.
 Then dispatch(const Command* table, std::size_t count, const char* line);
-// The commands both front ends share: "post", "nopost", "go", ".".
+// The commands the console and the xboard driver share: "post", "nopost", "go", ".".
 Then post_command(const char* line);
 Then nopost_command(const char* line);
 Then go_command(const char* line);

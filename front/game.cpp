@@ -1,4 +1,4 @@
-// The game both front ends share: the game-control variables, the settings in effect and their
+// The game the front ends share: the game-control variables, the settings in effect and their
 // table, the game log and every write to standard output, the engine's turn, its move and the
 // analysis, the end of a game, and the dispatch of a command table.
 #include <cerrno>
@@ -10,6 +10,7 @@
 #include "book/book.h"
 #include "front/front.h"
 #include "movegen/movegen.h"
+#include "search/strong.h"
 
 std::int32_t GameOver         = 0;
 std::uint8_t EngineColor      = 'c';
@@ -231,11 +232,19 @@ bool poll_input(void*) {
     return true;
 }
 
-SearchLimits limits(int max_depth) {
+} // namespace
+
+SearchLimits search_limits(int max_depth) {
     return {max_depth, moveTime, allocatedTime, SearchStartTime, PostThinking == 1};
 }
 
-} // namespace
+BookResult probe_book(char* text) {
+    if (Book != 1) return BookNoSuchKey;
+    const BookProbe probe = choose_book_move(BookFile, RandBook, text);
+    if (probe.result == BookNotOpened) report_file_error(BookFile, probe.error);
+    if (probe.result == BookFound && user_move(text) == 0) return BookNoSuchKey;
+    return probe.result;
+}
 
 SearchResult search_in_style(const SearchLimits& limits, const SearchHooks& hooks) {
     return (StrongStyle ? strong_search_move : search_move)(limits, hooks);
@@ -249,7 +258,7 @@ void think(char* text) {
     output(Screen, "#DEBUG move speed: %i  allocated time: %i\n", budget.moves, allocatedTime);
     SearchHooks hooks;
     hooks.report              = report_thinking;
-    const SearchResult result = search_in_style(limits(MaxDepth), hooks);
+    const SearchResult result = search_in_style(search_limits(MaxDepth), hooks);
     if (result.score > MateBound) output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
     if (result.score < -MateBound) output(Screen, "Mated to% d \n", (result.score + MateScore) / 2);
     text[0] = '\0';
@@ -264,19 +273,18 @@ void analyze(int max_depth) {
     SearchHooks hooks;
     hooks.report        = report_analysis;
     hooks.analysis_ends = poll_input;
-    (StrongStyle ? strong_search_analysis : search_analysis)(limits(max_depth), hooks);
+    (StrongStyle ? strong_search_analysis : search_analysis)(search_limits(max_depth), hooks);
 }
 
 // A book move that is not legal here (a damaged or foreign book) is never announced, not even
 // by the book's thinking line: the engine searches instead.
 bool engine_turn(char* text, void (*announce)(const char* text)) {
     if (GameOver != 0 || EngineColor != CurrentPosition->blackToMove) return false;
-    SearchStartTime = clock_ms();
-    BookProbe probe = Book == 1 ? choose_book_move(BookFile, RandBook, text) : BookProbe{BookNoSuchKey, 0};
-    if (probe.result == BookNotOpened) report_file_error(BookFile, probe.error);
-    if (probe.result == BookTooManyMoves)
+    SearchStartTime        = clock_ms();
+    const BookResult book = probe_book(text);
+    if (book == BookTooManyMoves)
         output(Screen, "#DEBUG: Too many moves in this position (max=%d)\n", MaxBookMoves);
-    if (probe.result == BookFound && enter_user_move(text) == 1) {
+    if (book == BookFound && enter_user_move(text) == 1) {
         if (PostThinking == 1) output(ScreenAndLog, "0 0 0 0 (move from book)\n");
         announce(text);
     } else {

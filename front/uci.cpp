@@ -5,9 +5,9 @@
 #include <cctype>
 #include <cstring>
 
-#include "book/book.h"
 #include "front/front.h"
 #include "movegen/movegen.h"
+#include "search/strong.h"
 
 namespace {
 
@@ -289,17 +289,21 @@ Then go(const char* line) {
 
     SearchStartTime = clock_ms();
     char move[8]    = "0000";
-    if (!go.infinite && Book == 1 &&
-        choose_book_move(BookFile, RandBook, move).result == BookFound && user_move(move) != 0) {
+    const BookResult book = go.infinite ? BookNoSuchKey : probe_book(move);
+    if (book == BookFound) {
         output(Screen, "info string book move %s\n", move);
         output(Screen, "bestmove %s\n", move);
         output(LogOnly, "move %s\n", move);
         return NextLine;
     }
+    if (book == BookTooManyMoves) info("the book has more moves here than it reads: searching");
     std::strcpy(move, "0000");
 
     allocatedTime = allocate_time(engineTime, opponentTime, increment, SuddenDeath).allocated;
-    SearchLimits limits{MaxDepth, moveTime, allocatedTime, SearchStartTime, true};
+    // Every iteration is reported: the node limit counts them, and PostThinking decides what
+    // is printed.
+    SearchLimits limits = search_limits(MaxDepth);
+    limits.post         = true;
     const std::int64_t depth = request.mate > 0 ? 2 * request.mate + 1 : request.depth;
     if (depth > 0) limits.maxDepth = depth < 2 ? 2 : depth > MaxPly ? MaxPly : int(depth);
     if (request.movetime >= 0) limits.moveTime = saturate_centis(request.movetime / 10);

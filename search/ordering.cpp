@@ -41,13 +41,11 @@ void history_to_end(QuietList& list) {
         }
 }
 
-// Makes the move the first killer of this depth, the old first becoming the second; storing
-// the first again changes nothing.
+// The killers are kept per remaining depth, as the classic search has always kept them (the
+// strong style keeps them per ply from the root).
 void store_killer(std::uint32_t depth, Move m) {
     assert(depth <= std::uint32_t(MaxPly));
-    if (KillerMoves[depth][0] == m) return;
-    KillerMoves[depth][1] = KillerMoves[depth][0];
-    KillerMoves[depth][0] = m;
+    insert_killer(KillerMoves[depth], m);
 }
 
 void clear_killers() {

@@ -1,4 +1,5 @@
-// Alpha-beta search and quiescence: fail-hard negamax over the position stack.
+// Alpha-beta search and quiescence: fail-hard negamax over the position stack; the clock and
+// the stop test both styles use.
 #include <cassert>
 #include <chrono>
 
@@ -9,9 +10,11 @@
 PrincipalVariation RootVariation;
 std::int32_t SearchStopped = 0;
 
+// A monotonic clock rather than the time of day: a step of the system clock (a time server, a
+// suspended laptop) cannot upset the budget of a move.
 std::uint32_t clock_ms() {
     using namespace std::chrono;
-    auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+    auto now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
     return std::uint32_t(now);
 }
 
@@ -25,7 +28,17 @@ SearchHooks Hooks;
 std::uint32_t TestsSinceAsked                 = 0;
 constexpr std::uint32_t InterruptionInterval = 2048;
 
+// Quiescence moves since the clock was last read there.
+std::uint32_t QuiescenceMoves                   = 0;
+constexpr std::uint32_t QuiescenceClockInterval = 256;
+
 } // namespace
+
+void start_clock(const SearchLimits& limits, const SearchHooks& hooks) {
+    Limits        = limits;
+    Hooks         = hooks;
+    SearchStopped = 0;
+}
 
 // Sets SearchStopped once the move's time (either limit) has passed, or when whoever started
 // the search says so; read after every move of every full-width node, so the search unwinds as
@@ -42,18 +55,8 @@ bool time_to_stop() {
     return false;
 }
 
-namespace {
-
-// Quiescence moves since the clock was last read there.
-std::uint32_t QuiescenceMoves                   = 0;
-constexpr std::uint32_t QuiescenceClockInterval = 256;
-
-} // namespace
-
 void start_search(const SearchLimits& limits, const SearchHooks& hooks) {
-    Limits        = limits;
-    Hooks         = hooks;
-    SearchStopped = 0;
+    start_clock(limits, hooks);
     clear_history();
 }
 
@@ -68,11 +71,11 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
     line.length       = 0;
     const Position& p = *CurrentPosition;
 
-    // Step 1. Draws by repetition and by the fifty-move rule, at every depth. At exactly 100
-    // half-moves a side in check plays on, so a mate on that move still counts.
+    // Step 1. Draws by repetition and by the fifty-move rule, at every depth. Only a third
+    // occurrence is a draw here: the classic search keeps the rule of the game itself (the
+    // strong style counts a second one, which prunes more).
     if (p.repetitions == 2) return 0;
-    if (p.reversibleCount > 100) return 0;
-    if (p.reversibleCount == 100 && !in_check()) return 0;
+    if (fifty_move_draw()) return 0;
 
     // Step 2. The horizon: only captures worth making are searched further.
     if (depth == 0) return quiesce(alpha, beta, mate_score);

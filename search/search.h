@@ -1,11 +1,12 @@
-// Search: alpha-beta and quiescence, move ordering, iterative deepening with the time budget,
-// static exchange evaluation; beside it the strong style, with its position keys and
-// transposition table. A search is given its limits as values and reports through the hooks it
-// is handed; it prints nothing, reads no input and plays no move.
+// Search: what both styles share (the limits and hooks a search is given, its result, the clock
+// and its stop test, the deepening driver, the time budget, the killer insert and the exchange
+// values), then the classic style: alpha-beta and quiescence, move ordering, static exchange
+// evaluation. The strong style is declared in search/strong.h. A search is given its limits as
+// values and reports through the hooks it is handed; it prints nothing, reads no input and
+// plays no move.
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 #include "board/board.h"
@@ -30,7 +31,7 @@ inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariati
     line.length = child.length + 1;
 }
 
-// Milliseconds from the time of day, wrapping as unsigned 32 bits.
+// Milliseconds from a monotonic clock, wrapping as unsigned 32 bits.
 std::uint32_t clock_ms();
 
 // What one search of the engine's move, or one analysis, is given.
@@ -70,13 +71,36 @@ struct SearchResult {
     int depth;
 };
 
-// The engine's move: deepens from two plies to maxDepth, ending early at a mate score or when
-// the time runs out, and answers with the move of the last finished iteration. When no
-// iteration finished, the stopped one's first move if it had one, else the first legal move.
-SearchResult search_move(const SearchLimits& limits, const SearchHooks& hooks);
-// An analysis of the position on the board: the same deepening, playing nothing, reporting
-// every iteration; it ends at a mate, at maxDepth, on the clock, or when the hook says so.
-void search_analysis(const SearchLimits& limits, const SearchHooks& hooks);
+// The clock and the stop signal of the search in progress, for both styles. start_clock takes
+// the limits and hooks; time_to_stop says whether the search must end: its time is up, or its
+// interruption hook (asked every 2048th time) says so; it sets SearchStopped.
+extern std::int32_t SearchStopped; // 1 once the current search must end
+void start_clock(const SearchLimits& limits, const SearchHooks& hooks);
+bool time_to_stop();
+
+// The deepening driver both styles run: the style's iteration at each depth from its first,
+// reported as it finishes, until the last depth, a mate, the clock or the hooks end it.
+struct Iterated {
+    bool finished; // false when the search was stopped inside the iteration
+    bool shown;    // whether an analysis reports it although it was stopped
+    int score;     // the score reported
+    const PrincipalVariation* line;
+};
+struct SearchStyle {
+    int firstDepth;
+    void (*start)(const SearchLimits& limits, const SearchHooks& hooks);
+    // Searches the root to depth and brings result (the move to play, the score and the depth
+    // it stands on) up to date by the style's own rules.
+    Iterated (*iterate)(int depth, SearchResult& result);
+    // Whether the iteration's score ends the deepening: the mate it announces is found.
+    bool (*ends)(int score, int depth);
+    // Whether an analysis still waits for its line between iterations after the clock stopped.
+    bool pollsWhenStopped;
+};
+// The engine's move: the move of the result, or the first legal move when the style gave none.
+SearchResult deepen(const SearchStyle& style, const SearchLimits& limits, const SearchHooks& hooks);
+void deepen_analysis(const SearchStyle& style, const SearchLimits& limits,
+                     const SearchHooks& hooks);
 
 // The budget of a move, spread over the moves still expected: SuddenDeath of them, five fewer
 // when ahead on the clock, five more when behind or short of time without a real increment; the
@@ -88,6 +112,33 @@ struct TimeBudget {
 TimeBudget allocate_time(std::int32_t engineTime, std::int32_t opponentTime,
                          std::int32_t increment, int suddenDeath);
 
+// What both styles' ordering and exchanges share: two killer slots, where a new killer becomes
+// the first and the old first the second (storing the first again changes nothing), and the
+// value of the piece on a square, the king's larger than any exchange so that taking it
+// outweighs everything else.
+inline void insert_killer(std::array<Move, 2>& killers, Move m) {
+    if (killers[0] == m) return;
+    killers[1] = killers[0];
+    killers[0] = m;
+}
+inline constexpr int ExchangeValue[7] = {0, 100, 300, 300, 500, 950, 10000};
+
+// The fifty-move rule in the search: the position on the board is a draw after 100 reversible
+// half-moves, except that at exactly 100 a side in check plays on, so a mate on that move
+// still counts.
+inline bool fifty_move_draw() {
+    const Position& p = *CurrentPosition;
+    return p.reversibleCount > 100 || (p.reversibleCount == 100 && !in_check());
+}
+
+// The classic style. The engine's move: deepens from two plies to maxDepth, ending early at a
+// mate score or when the time runs out, and answers with the move of the last finished
+// iteration; when no iteration finished, the stopped one's first move if it had one.
+SearchResult search_move(const SearchLimits& limits, const SearchHooks& hooks);
+// An analysis of the position on the board: the same deepening, playing nothing, reporting
+// every iteration; it ends at a mate, at maxDepth, on the clock, or when the hook says so.
+void search_analysis(const SearchLimits& limits, const SearchHooks& hooks);
+
 // The fixed-depth search itself, for callers that deepen by hand: start_search sets the limits
 // and clears the tables as a move's search does; each iteration then calls search at the root.
 void start_search(const SearchLimits& limits, const SearchHooks& hooks);
@@ -95,10 +146,6 @@ void start_iteration();
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score);
 int quiesce(int alpha, int beta, int mate_score);
 extern PrincipalVariation RootVariation;
-extern std::int32_t SearchStopped; // 1 once the current search must end
-// Whether the search started by start_search must end: its time is up, or its interruption hook
-// (asked every 2048th time) says so; sets SearchStopped.
-bool time_to_stop();
 
 // Move ordering: two killers per remaining depth (slot 0 unused), a counter per from-to pair.
 extern std::array<std::array<Move, 2>, MaxPly + 1> KillerMoves;
@@ -114,46 +161,3 @@ int see(Move m);
 int see_square(Square sq);
 MoveEntry see_find_recapture(Square sq);
 void legal_good_captures(MoveList& list);
-
-// The strong style: principal variation search with a transposition table, aspiration windows,
-// null move, late move reductions and pruning, check extension, and its own evaluation. It takes
-// the same limits and hooks and gives the same result as search_move and search_analysis; the
-// table must have been allocated.
-SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks);
-void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks);
-// Whether the strong search may pass in the current position: not in check, and not with only
-// king and pawns, where passing is often the best move and zugzwang is the rule.
-bool null_move_allowed();
-// The material the side to move wins with the capture or promotion m when both sides take back
-// on its square with their cheapest piece for as long as that pays (a swap list on the
-// bitboards; pins are not seen).
-int exchange_gain(Move m);
-
-// Position keys: Zobrist keys of the pieces on the board as White sees it, the castling rights,
-// the en-passant file and the side to move. The key after a move or a pass is found from the key
-// before it and the two records.
-std::uint64_t position_key(const Position& p);
-std::uint64_t key_after_move(std::uint64_t key, const Position& before, Move m,
-                             const Position& after);
-std::uint64_t key_after_null_move(std::uint64_t key, const Position& before, const Position& after);
-
-// Transposition table: TableBuckets buckets of TableBucketSize entries (16 MiB), allocated once,
-// by allocate_table, when the strong style is first chosen. A bucket is found from the key's low
-// bits and an entry by its whole key. Scores are given and returned relative to the root, ply
-// plies above the node; mate scores are kept relative to the node.
-enum Bound : std::uint8_t { NoBound = 0, UpperBound = 1, LowerBound = 2, ExactBound = 3 };
-struct TableEntry {
-    std::uint64_t key;
-    Move move; // the best or refuting move, 0 when none was found
-    std::int16_t score;
-    std::uint8_t depth;       // remaining depth of the search that stored it
-    std::uint8_t boundAndAge; // Bound in bits 0-1, the search's generation in bits 2-7
-};
-static_assert(sizeof(TableEntry) == 16);
-constexpr int TableBucketSize      = 4; // 64 bytes, one cache line
-constexpr std::size_t TableBuckets = 1 << 18;
-bool allocate_table(); // false when the memory is not to be had
-void clear_table();
-void age_table(); // a new search: entries of earlier ones are replaced first
-bool probe_table(std::uint64_t key, int ply, TableEntry& found);
-void store_table(std::uint64_t key, int depth, int score, Bound bound, Move move, int ply);

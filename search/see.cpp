@@ -8,11 +8,8 @@
 
 namespace {
 
-// Value of the piece standing on a square, of either colour; the king's is larger than any
-// exchange so that taking it outweighs everything else.
-constexpr int SeeValue[7] = {0, 100, 300, 300, 500, 950, 10000};
-
-int value_on(Square sq) { return SeeValue[piece_type_at(*CurrentPosition, sq)]; }
+// Value of the piece standing on a square, of either colour.
+int value_on(Square sq) { return ExchangeValue[piece_type_at(*CurrentPosition, sq)]; }
 
 // Makes m, a legal capture whose captured piece is worth gain, and returns gain minus what the
 // opponent wins by recapturing on m's square.

@@ -2,7 +2,7 @@
 // table, aspiration windows, null move, late move reductions and pruning, check extension and
 // mate distance pruning, and a quiescence search that drops losing captures; iterative
 // deepening for the engine's move and for the analysis.
-#include "search/search.h"
+#include "search/strong.h"
 
 #include <cassert>
 
@@ -65,9 +65,6 @@ inline constexpr std::array<std::array<int, 64>, 64> Reductions = [] {
 }();
 static_assert(Reductions[3][4] == 1 && Reductions[10][20] == 3);
 
-// Exchange values; the king's outweighs any exchange, so taking it ends one.
-constexpr int SwapValue[7] = {0, 100, 300, 300, 500, 950, 10000};
-
 // Order of the moves at a node: the table's move, captures that do not lose material (the most
 // valuable victim first, then the cheapest capturer), killers, the other quiet moves by
 // history, captures that lose material, under-promotions.
@@ -80,12 +77,12 @@ struct OrderedMoves {
     int scores[MaxGameMoves];
 };
 
-constexpr bool is_quiet(Move m) { return !(move_flags(m) & 0x08) && move_promotion(m) == 0; }
+constexpr bool is_quiet(Move m) { return !is_capture(m) && move_promotion(m) == 0; }
 
 int tactical_score(const Position& p, Move m, int generator_score) {
     if (generator_score < 0) return UnderPromotionScore + generator_score;
-    const int mover = int(move_flags(m) & 7), victim = piece_type_at(p, move_to(m));
-    if (SwapValue[victim] < SwapValue[mover] && move_promotion(m) == 0 && exchange_gain(m) < 0)
+    const int mover = moving_piece(m), victim = piece_type_at(p, move_to(m));
+    if (ExchangeValue[victim] < ExchangeValue[mover] && move_promotion(m) == 0 && exchange_gain(m) < 0)
         return BadCaptureScore + generator_score;
     return GoodCaptureScore + generator_score;
 }
@@ -148,14 +145,22 @@ void make_null_move() {
     const int index      = stack_index();
     Position& next       = PositionStack[index + 1];
     next                 = flipped(PositionStack[index]);
-    next.epFile          = 8;
+    next.epFile          = NoEpFile;
     next.reversibleCount = 0;
     next.repetitions     = 0;
     ++CurrentPosition;
     Keys[index + 1] = key_after_null_move(Keys[index], PositionStack[index], next);
+    assert(Keys[index + 1] == position_key(next));
 }
 
 int quiescence(int alpha, int beta, int ply);
+
+// Whether the side to move may pass: not in check, and not with only king and pawns, where
+// passing is often the best move and zugzwang is the rule.
+bool null_move_allowed() {
+    const Position& p = *CurrentPosition;
+    return !in_check() && (p.ownPieces & ~pawns(p) & ~kings(p)) != 0;
+}
 
 // Whether a stored result settles the window by itself: an exact score, or a bound on the side
 // that cuts.
@@ -174,13 +179,11 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     const bool root = ply == 0, pv = beta - alpha > 1;
     const Bitboard checkers = in_check();
 
-    // Step 1. Draws by repetition (a position met before, in the game or on the path) and by
-    // the fifty-move rule, where a side in check at exactly 100 half-moves plays on to see
-    // whether it is mated.
+    // Step 1. Draws by repetition and by the fifty-move rule. A position met once before, in
+    // the game or on the path, already counts as a draw here: the side that could avoid the
+    // repetition would have done so, and the cycle is cut at once.
     if (!root) {
-        if (p.repetitions >= 1 || p.reversibleCount > 100 ||
-            (p.reversibleCount == 100 && !checkers))
-            return 0;
+        if (p.repetitions >= 1 || fifty_move_draw()) return 0;
         // Mate distance pruning: no line from here can beat a mate already found nearer the root.
         if (alpha < -MateScore + ply) alpha = -MateScore + ply;
         if (beta > MateScore - ply - 1) beta = MateScore - ply - 1;
@@ -314,10 +317,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
                     // Step 8. A quiet move that refutes teaches the killers and the history; the
                     // quiet moves tried before it lose what it gains.
                     if (quiet) {
-                        if (Killers[ply][0] != m) {
-                            Killers[ply][1] = Killers[ply][0];
-                            Killers[ply][0] = m;
-                        }
+                        insert_killer(Killers[ply], m);
                         const int bonus = depth * depth < 1200 ? depth * depth : 1200;
                         auto& history   = History[p.blackToMove];
                         const int n     = quiets_tried < 64 ? quiets_tried : 64;
@@ -378,7 +378,7 @@ int quiescence(int alpha, int beta, int ply) {
         if (!checkers) {
             if (list.scores[i] < 0) break; // the losing captures and under-promotions are last
             if (move_promotion(m) == 0 &&
-                stand + SwapValue[piece_type_at(p, move_to(m))] + DeltaMargin <= alpha)
+                stand + ExchangeValue[piece_type_at(p, move_to(m))] + DeltaMargin <= alpha)
                 continue;
         }
         if (!move_is_legal(m, ks)) continue;
@@ -425,12 +425,10 @@ int search_iteration(int depth, int previous, PrincipalVariation& line) {
     }
 }
 
-// Limits and hooks as the classic search takes them (its clock test serves both), a new
-// generation in the table, the root's key, and the ordering of the last search kept at half
-// weight.
+// The clock, a new generation in the table, the root's key, and the ordering of the last search
+// kept at half weight.
 void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
-    assert(stack_index() < StackSize - SearchReserve && limits.maxDepth <= MaxPly);
-    start_search(limits, hooks);
+    start_clock(limits, hooks);
     age_table();
     Keys[stack_index()] = position_key(*CurrentPosition);
     for (auto& pair : Killers) pair = {0, 0};
@@ -438,70 +436,48 @@ void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
         for (auto& row : side)
             for (int& counter : row) counter /= 2;
     QuiescenceNodes = 0;
-    RootBest        = 0;
     RootScore       = 0;
 }
 
-void report(const SearchLimits& limits, const SearchHooks& hooks, int depth, int score,
-            const PrincipalVariation& line) {
-    if (!limits.post || !hooks.report) return;
-    const Iteration iteration{depth, score, std::int32_t(clock_ms() - limits.startTime),
-                              IterationNodeCount, &line};
-    hooks.report(hooks.context, iteration);
+// The line of the iteration in progress.
+PrincipalVariation RootLine;
+
+// The move is the best root move searched to the end, which a stopped iteration may have
+// changed; the score and depth are those of the last finished iteration, or of the stopped one
+// when none finished. A stopped iteration is shown in an analysis when it had a root move
+// searched to the end.
+Iterated strong_iteration(int depth, SearchResult& result) {
+    RootBest        = 0;
+    const int score = search_iteration(depth, result.score, RootLine);
+    if (SearchStopped == 1) {
+        if (result.depth == 0)
+            result = {RootBest, RootScore, depth};
+        else if (RootBest != 0)
+            result.move = RootBest;
+        return {false, RootBest != 0, RootScore, &RootLine};
+    }
+    result = {RootBest, score, depth};
+    return {true, true, score, &RootLine};
 }
 
-// A mate the iteration has seen all the way: its distance in plies is within the depth.
+// A mate the iteration has seen all the way: its distance in plies is within the depth. A
+// mate score beyond the depth comes from the table and may still be beaten.
 bool mate_seen(int score, int depth) {
     return (score > MateBound && MateScore - score <= depth) ||
            (score < -MateBound && MateScore + score <= depth);
 }
 
+// The strong style deepens from one ply, and its analysis stops with the clock.
+constexpr SearchStyle Strong{1, start_strong_search, strong_iteration, mate_seen, false};
+
 } // namespace
 
-// The move is the best root move searched to the end, which a stopped iteration may have
-// changed; the score and depth are those of the last finished iteration, or of the stopped one
-// when none finished.
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks) {
-    start_strong_search(limits, hooks);
-    SearchResult result{0, 0, 0};
-    PrincipalVariation line;
-    for (int depth = 1; depth <= limits.maxDepth; ++depth) {
-        const int score = search_iteration(depth, result.score, line);
-        if (SearchStopped == 1) {
-            if (result.depth == 0) result = {RootBest, RootScore, depth};
-            result.move = RootBest;
-            break;
-        }
-        result = {RootBest, score, depth};
-        report(limits, hooks, depth, score, line);
-        if (mate_seen(score, depth)) break;
-    }
-    if (result.move == 0) result.move = first_legal_move();
-    return result;
+    return deepen(Strong, limits, hooks);
 }
 
-// Once stopped, by the clock or by the hook between iterations, the analysis ends; a stopped
-// iteration is reported when it had a root move searched to the end.
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
-    start_strong_search(limits, hooks);
-    PrincipalVariation line;
-    int score = 0;
-    for (int depth = 1; depth <= limits.maxDepth; ++depth) {
-        RootBest = 0;
-        score    = search_iteration(depth, score, line);
-        if (SearchStopped == 1) {
-            if (RootBest != 0) report(limits, hooks, depth, RootScore, line);
-            return;
-        }
-        report(limits, hooks, depth, score, line);
-        if (mate_seen(score, depth)) return;
-        if (hooks.analysis_ends && hooks.analysis_ends(hooks.context)) return;
-    }
-}
-
-bool null_move_allowed() {
-    const Position& p = *CurrentPosition;
-    return !in_check() && (p.ownPieces & ~pawns(p) & ~kings(p)) != 0;
+    deepen_analysis(Strong, limits, hooks);
 }
 
 // The swap list (a known method): gain[d] is what the side making the d-th capture has won if
@@ -510,24 +486,20 @@ bool null_move_allowed() {
 int exchange_gain(Move m) {
     const Position& p = *CurrentPosition;
     const Square from = move_from(m), to = move_to(m);
-    const std::uint32_t flags = move_flags(m);
-    Bitboard occ              = occupied(p) ^ bit(from);
+    Bitboard occ = occupied(p) ^ bit(from);
     int gain[34], d = 0;
-    int on_square = move_promotion(m) ? move_promotion(m) : int(flags & 7);
-    gain[0]       = SwapValue[piece_type_at(p, to)];
-    if (move_promotion(m)) gain[0] += SwapValue[on_square] - SwapValue[Pawn];
-    if (flags == EnPassant) {
-        gain[0] = SwapValue[Pawn];
+    int on_square = move_promotion(m) ? move_promotion(m) : moving_piece(m);
+    gain[0]       = ExchangeValue[piece_type_at(p, to)];
+    if (move_promotion(m)) gain[0] += ExchangeValue[on_square] - ExchangeValue[Pawn];
+    if (move_flags(m) == EnPassant) {
+        gain[0] = ExchangeValue[Pawn];
         occ ^= bit(to - 8);
     }
     const Bitboard diagonal = diagonal_sliders(p), straight = straight_sliders(p);
-    const Bitboard target             = bit(to);
-    const Bitboard own_pawn_squares   = ((target >> 7) & NotAFile) | ((target >> 9) & NotHFile);
-    const Bitboard their_pawn_squares = ((target << 7) & NotHFile) | ((target << 9) & NotAFile);
     Bitboard attackers = (KnightAttacks[to] & knights(p)) | (KingAttacks[to] & kings(p)) |
                          (bishop_lookup(to, occ) & diagonal) | (rook_lookup(to, occ) & straight) |
-                         (own_pawn_squares & pawns(p) & p.ownPieces) |
-                         (their_pawn_squares & pawns(p) & ~p.ownPieces);
+                         (opponent_pawn_attacks(bit(to)) & pawns(p) & p.ownPieces) |
+                         (pawn_attacks(bit(to)) & pawns(p) & ~p.ownPieces);
     Bitboard side = ~p.ownPieces; // the opponent takes back first
     for (;;) {
         attackers &= occ;
@@ -536,7 +508,7 @@ int exchange_gain(Move m) {
         int type = Pawn;
         while (!(mine & pieces_of_type(p, type))) ++type;
         ++d;
-        gain[d]   = SwapValue[on_square] - gain[d - 1];
+        gain[d]   = ExchangeValue[on_square] - gain[d - 1];
         on_square = type;
         occ ^= bit(lsb(mine & pieces_of_type(p, type)));
         attackers |= (bishop_lookup(to, occ) & diagonal) | (rook_lookup(to, occ) & straight);

@@ -16,7 +16,6 @@ void start_up() {
 // Waits for the mode line: a line longer than 255 characters arrives in pieces, each compared on
 // its own. The end of input ends the program like "quit".
 void mode_loop() {
-    static const ShellHooks shell{show_board, load_settings};
     char piece[LineSize];
     while (read_piece(piece, LineSize)) {
         if (std::strncmp(piece, "xboard", 6) == 0) {
@@ -25,7 +24,7 @@ void mode_loop() {
         } else if (std::strncmp(piece, "quit", 4) == 0) {
             return;
         } else if (std::strncmp(piece, "cons", 4) == 0) {
-            console_loop(shell);
+            console_loop();
             if (QuitRequested == 1) return;
         } else if (std::strncmp(piece, "uci", 3) == 0 &&
                    piece[3 + std::strspn(piece + 3, " \t\r\n")] == '\0') {

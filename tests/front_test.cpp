@@ -1,7 +1,6 @@
 // The front ends over a game longer than the position stack: 400 moves at the console and over
 // the protocol, whose end the engine plays itself at full depth under a clock.
 #include "front/front.h"
-#include "shell/shell.h"
 #include "tests/support.h"
 
 namespace {
@@ -15,8 +14,6 @@ long read_input(char* buffer, std::size_t room) {
     Offset += n;
     return long(n);
 }
-
-void console() { console_loop({show_board, load_settings}); }
 
 // Runs a front end on the given lines up to their end; returns what it printed.
 std::string session(void (*loop)(), const std::string& lines) {
@@ -53,7 +50,7 @@ TEST(FrontEnds, FourHundredMoveGames) {
     } cases[] = {
         {xboard_loop, "usermove ", "", 689},
         {xboard_loop, "usermove ", "setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 100 1\n", 788},
-        {console, "", "", 689},
+        {console_loop, "", "", 689},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.setup);

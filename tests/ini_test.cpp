@@ -6,7 +6,6 @@
 
 #include "front/front.h"
 #include "ini/ini_reader.h"
-#include "shell/shell.h"
 #include "tests/support.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // The strong style: its table under key collisions and with mate scores, its keys along random
 // games, when it may pass, and tactics both styles solve at a fixed depth.
-#include "search/search.h"
+#include "search/strong.h"
 #include "tests/support.h"
 
 namespace {
@@ -71,23 +71,6 @@ TEST_F(Strong, KeysFollowTheMoves) {
         keys[order] = position_key(*CurrentPosition);
     }
     EXPECT_EQ(keys[0], keys[1]);
-}
-
-TEST_F(Strong, NoNullMoveInCheckOrWithOnlyKingAndPawns) {
-    const struct {
-        const char* fen;
-        bool allowed;
-    } cases[] = {
-        {"4k3/8/8/8/8/8/4PPPP/4K1N1 w - - 0 1", true},
-        {"4k3/4r3/8/8/8/8/5PPP/4K1N1 w - - 0 1", false}, // in check
-        {"4k2q/pppp4/8/8/8/8/4PPPP/4K3 w - - 0 1",
-         false}, // king and pawns, whatever the opponent has
-        {"4k3/pppp4/8/8/8/8/4PPPP/4K1N1 b - - 0 1", false},
-    };
-    for (const auto& c : cases) {
-        set_up(c.fen);
-        EXPECT_EQ(null_move_allowed(), c.allowed) << c.fen;
-    }
 }
 
 // Mates (any move, the exact score), a fork and a skewer, at a depth each style reaches at once.

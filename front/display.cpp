@@ -1,6 +1,5 @@
 // Board display: the position as an ASCII diagram, always from White's side.
 #include "front/front.h"
-#include "shell/shell.h"
 
 namespace {
 

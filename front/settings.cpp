@@ -1,8 +1,6 @@
-// Engine settings: each key of the table read from the INI file in its order and handed to the
-// front ends, which hold the settings in effect.
+// Engine settings: each key of the table read from the INI file in its order.
 #include "front/front.h"
 #include "ini/ini_reader.h"
-#include "shell/shell.h"
 
 // The order matters: when the log is wanted but cannot be opened, the load stops there and the
 // book and time settings keep the values they had.

@@ -1,6 +1,6 @@
 // Position keys and the transposition table of the strong search: Zobrist keys of the board as
 // White sees it, and a table of fixed size allocated once, when the strong style is chosen.
-#include "search/search.h"
+#include "search/strong.h"
 
 #include <cassert>
 #include <cstdlib>
@@ -37,14 +37,14 @@ constexpr std::uint64_t piece_key(int colour, int type, Square square) {
 // The castling rights of a record as White sees them: bit 0 White's queen side, bit 1 White's
 // king side, bits 2 and 3 Black's.
 constexpr int white_view_castling(const Position& p) {
-    const int own = p.castling & 3, theirs = (p.castling >> 4) & 3;
+    const int own = p.castling & OwnRights, theirs = swapped_rights(p.castling) & OwnRights;
     return p.blackToMove ? theirs | own << 2 : own | theirs << 2;
 }
 
 // What the rights, the en-passant file and the side to move add to the key of a record.
 constexpr std::uint64_t state_key(const Position& p) {
     return Zobrist[CastlingKeys + white_view_castling(p)] ^
-           (p.epFile < 8 ? Zobrist[FileKeys + p.epFile] : 0) ^
+           (p.epFile != NoEpFile ? Zobrist[FileKeys + p.epFile] : 0) ^
            (p.blackToMove ? Zobrist[BlackKey] : 0);
 }
 
@@ -63,33 +63,33 @@ int age_of(const TableEntry& e) { return (Generation - (e.boundAndAge >> 2)) & G
 } // namespace
 
 std::uint64_t position_key(const Position& p) {
-    const int flip    = p.blackToMove ? 56 : 0;
     std::uint64_t key = state_key(p);
     for (Bitboard b = occupied(p); b;) {
         const Square sq  = pop_lsb(b);
         const int colour = (p.ownPieces & bit(sq)) ? p.blackToMove : 1 - p.blackToMove;
-        key ^= piece_key(colour, piece_type_at(p, sq), sq ^ flip);
+        key ^= piece_key(colour, piece_type_at(p, sq), white_view(sq, p.blackToMove));
     }
     return key;
 }
 
-// The mover's colour is before's side to move; squares are turned to White's view with flip.
+// The mover's colour is before's side to move; its squares are turned to White's view.
 std::uint64_t key_after_move(std::uint64_t key, const Position& before, Move m,
                              const Position& after) {
-    const int us = before.blackToMove, flip = us ? 56 : 0;
+    const int us = before.blackToMove;
+    const auto white = [us](Square sq) { return white_view(sq, us); };
     const std::uint32_t flags = move_flags(m);
     const Square from = move_from(m), to = move_to(m);
-    const int mover = int(flags & 7), placed = move_promotion(m) ? move_promotion(m) : mover;
+    const int mover = moving_piece(m), placed = move_promotion(m) ? move_promotion(m) : mover;
     key ^= state_key(before) ^ state_key(after);
-    key ^= piece_key(us, mover, from ^ flip) ^ piece_key(us, placed, to ^ flip);
-    if (flags == EnPassant)
-        key ^= piece_key(1 - us, Pawn, (to - 8) ^ flip);
-    else if (flags & 0x08)
-        key ^= piece_key(1 - us, piece_type_at(before, to), to ^ flip);
-    else if (flags == CastleKingSide)
-        key ^= piece_key(us, Rook, 7 ^ flip) ^ piece_key(us, Rook, 5 ^ flip);
-    else if (flags == CastleQueenSide)
-        key ^= piece_key(us, Rook, 0 ^ flip) ^ piece_key(us, Rook, 3 ^ flip);
+    key ^= piece_key(us, mover, white(from)) ^ piece_key(us, placed, white(to));
+    if (flags == EnPassant) {
+        key ^= piece_key(1 - us, Pawn, white(to - 8));
+    } else if (is_capture(m)) {
+        key ^= piece_key(1 - us, piece_type_at(before, to), white(to));
+    } else if (flags == CastleKingSide || flags == CastleQueenSide) {
+        const Castling& c = castling_of(flags);
+        key ^= piece_key(us, Rook, white(c.rookFrom)) ^ piece_key(us, Rook, white(c.rookTo));
+    }
     return key;
 }
 
