@@ -107,15 +107,17 @@ TEST_F(BookTest, PublishedKeysFromMovesAndFen) {
 }
 
 // small_book_expected.txt holds what the polyglot tool wrote for some positions of
-// small_book.bin: the key, each entry with its weight, and the move the engine plays first.
+// small_book.bin: the key (also of positions the book lacks, such as those where Black holds
+// one castling right only), each entry with its weight, and the move the engine plays first.
 TEST_F(BookTest, ReadsABookWrittenByThePolyglotTool) {
     const std::string book = QUILLFERN_TEST_DATA "/small_book.bin";
-    std::string fen, first;
+    std::string fen, first, key;
     std::vector<std::string> entries;
     int positions = 0;
     auto check    = [&] {
         SCOPED_TRACE(fen);
         set_up(fen.c_str());
+        EXPECT_EQ(book_key(), std::stoull(key, nullptr, 16));
         std::string expected;
         for (const auto& e : entries) expected += e;
         EXPECT_EQ(listing(book), entries.empty() ? "no such key" : expected);
@@ -128,6 +130,7 @@ TEST_F(BookTest, ReadsABookWrittenByThePolyglotTool) {
         words >> word;
         if (word == "position" && !fen.empty()) check(), entries.clear();
         if (word == "fen") fen = line.substr(4);
+        if (word == "key") key = line.substr(4);
         if (word == "first") first = line.substr(6);
         if (std::string weight; word.size() == 16 && words >> move >> weight) {
             char text[6];

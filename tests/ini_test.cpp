@@ -110,29 +110,6 @@ class SettingsTest : public ScratchDir {
     void load(const std::string& content) { load_settings(write_file("quillfern.ini", content).c_str()); }
 };
 
-TEST_F(SettingsTest, NumbersAreClampedIntoTheirRanges) {
-    const struct {
-        const char* file;
-        std::int32_t* field;
-        std::int32_t expected;
-    } cases[] = {
-        {"[ENGINE]\nMaxDepth=1\n", &MaxDepth, 32},     {"[ENGINE]\nMaxDepth=33\n", &MaxDepth, 32},
-        {"[ENGINE]\nMaxDepth=2\n", &MaxDepth, 2},      {"[ENGINE]\nMaxDepth=deep\n", &MaxDepth, 32},
-        {"[TIME]\nSuddenDeath=41\n", &SuddenDeath, 20}, {"[TIME]\nSuddenDeath=40\n", &SuddenDeath, 40},
-        {"[TIME]\nMoreTime=4\n", &MoreTime, 5},        {"[TIME]\nLessTime=10\n", &LessTime, 10},
-        {"[TIME]\nFastGame=16\n", &FastGame, 5},       {"[ENGINE]\nMaxTime=abc\n", &moveTime, 0},
-        {"[ENGINE]\nMaxTime=250\n", &allocatedTime, 250},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.file);
-        load(c.file);
-        EXPECT_EQ(*c.field, c.expected);
-    }
-    load("[BOOK]\nBookFile=" + std::string(120, 'b') + "\nRandBook = 0 ; first move only\n");
-    EXPECT_EQ(std::string(BookFile), std::string(99, 'b'));
-    EXPECT_EQ(RandBook, 0);
-}
-
 // The log is opened for appending; one that cannot be opened is reported and stops the load, so
 // the book and time settings keep the values they had.
 TEST_F(SettingsTest, TheGameLog) {

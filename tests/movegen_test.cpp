@@ -1,5 +1,5 @@
-// Move generation: orders and scores, castling, perft at small depths, and the counts taken
-// without making moves against making every one of them.
+// Move generation: castling beside attacks and kings, and the counts taken without making
+// moves (perft at small depths among them) against making every move.
 #include <algorithm>
 #include <cstring>
 
@@ -15,38 +15,7 @@ std::vector<std::string> quiet_texts() {
     return out;
 }
 
-std::vector<std::pair<std::string, int>> capture_texts() {
-    MoveList list;
-    generate_captures(list);
-    std::vector<std::pair<std::string, int>> out;
-    for (std::uint32_t i = 0; i < list.count; ++i)
-        out.push_back({text_of(list.entries[i].move), list.entries[i].score});
-    return out;
-}
-
 } // namespace
-
-// The order of the lists is pinned by the search's results; the special tactical entries here.
-TEST(Generators, PromotionsEnPassantAndKingCaptures) {
-    const struct {
-        const char* fen;
-        std::vector<std::pair<std::string, int>> captures;
-    } cases[] = {
-        {"n1n1k3/1P6/8/8/8/8/8/4K3 w - - 0 1",
-         {{"b7c8q", 85}, {"b7c8r", -1}, {"b7c8b", -2}, {"b7c8n", -3},
-          {"b7a8q", 85}, {"b7a8r", -1}, {"b7a8b", -2}, {"b7a8n", -3},
-          {"b7b8q", 85}, {"b7b8r", -1}, {"b7b8b", -2}, {"b7b8n", -3}}},
-        {"4k3/8/8/4PpP1/8/8/8/4K3 w - f6 0 1", {{"e5f6", 21}, {"g5f6", 21}}},
-        {"4k3/8/8/pP5P/8/8/8/4K3 w - a6 0 1", {{"b5a6", 21}}},
-        {"4k3/8/8/8/3pP3/8/8/4K3 b - e3 0 1", {{"d4e3", 21}}},
-        {"8/8/8/8/8/8/5k2/4K3 w - - 0 1", {{"e1f2", 96}}}, // a king may take a king
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fen);
-        set_up(c.fen);
-        EXPECT_EQ(capture_texts(), c.captures);
-    }
-}
 
 TEST(Generators, Castling) {
     const struct {

@@ -1,5 +1,7 @@
 // The strong style: its table under key collisions and with mate scores, its keys along random
-// games, when it may pass, and tactics both styles solve at a fixed depth.
+// games, its exchange values worked out by hand, facts about its evaluation that any tuning
+// keeps, and tactics both styles solve at a fixed depth.
+#include "eval/eval.h"
 #include "search/strong.h"
 #include "tests/support.h"
 
@@ -71,6 +73,62 @@ TEST_F(Strong, KeysFollowTheMoves) {
         keys[order] = position_key(*CurrentPosition);
     }
     EXPECT_EQ(keys[0], keys[1]);
+}
+
+// The swap list: each side may stop taking back where that pays, sliders behind a capturer join
+// the exchange, en passant and promotions gain from their first step, pins are not seen.
+TEST(StrongExchange, HandWorkedSwaps) {
+    const struct {
+        const char* fen;
+        const char* move;
+        int expected;
+    } cases[] = {
+        {"4k3/8/8/3n4/8/8/8/3RK3 w - - 0 1", "d1d5", 300},          // undefended knight
+        {"6k1/8/2p5/3n4/4P3/8/8/6K1 w - - 0 1", "e4d5", 200},       // pawn takes back
+        {"6k1/8/2p5/3p4/8/8/8/3QK3 w - - 0 1", "d1d5", -850},       // queen for a pawn
+        {"3q2k1/8/8/3n4/4P3/8/8/3R2K1 w - - 0 1", "e4d5", 300},     // the queen does not take back
+        {"3r2k1/3r4/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", -200},  // Black has the last word
+        {"3r2k1/8/8/3p4/8/8/3R4/3Q2K1 w - - 0 1", "d2d5", 100},     // the queen behind joins
+        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 1", "e5d6", 0},         // en passant, pawn for pawn
+        {"7r/1P6/8/8/8/8/8/k5K1 w - - 0 1", "b7b8q", -100},         // the new queen is taken
+        {"6k1/5p2/8/8/2B5/8/8/5RK1 w - - 0 1", "f1f7", 100},        // the king keeps off
+        {"4r1k1/8/8/8/8/8/p3R3/4K3 w - - 0 1", "e2a2", 100},        // the pin is not seen
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + " " + c.move);
+        set_up(c.fen);
+        EXPECT_EQ(exchange_gain(tactical(c.move)), c.expected);
+    }
+}
+
+// The evaluation of a position with the side to move as in its FEN.
+int strong_score(const char* fen) {
+    set_up(fen);
+    return strong_evaluate();
+}
+
+// Relations any set of weights must keep, other things equal: a passed pawn is worth more the
+// further it stands; a piece is worth more than its absence; in the ending a passed pawn is
+// worth more with its own king before it and the other king far than the other way round (the
+// two kings stand on mirrored squares, so their squares' values cancel).
+TEST(StrongEval, RelationsThatAnyTuningKeeps) {
+    int before = -Infinity;
+    for (const char* pawn : {"8/8/8/8/8/8/1P6", "8/8/8/8/8/1P6/8", "8/8/8/8/1P6/8/8",
+                             "8/8/8/1P6/8/8/8", "8/8/1P6/8/8/8/8", "8/1P6/8/8/8/8/8"}) {
+        const int score = strong_score(("4k3/" + std::string(pawn) + "/4K3 w - - 0 1").c_str());
+        EXPECT_GT(score, before) << pawn;
+        before = score;
+    }
+    const char* const Middlegame = "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R1BQK2R w KQkq - 0 1";
+    const int full = strong_score(Middlegame);
+    for (const char* without : {"r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/3BPN2/PP3PPP/R1BQK2R w KQkq - 0 1",
+                                "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2N1PN2/PP3PPP/R1BQK2R w KQkq - 0 1",
+                                "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R1BQK3 w Qkq - 0 1",
+                                "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R1B1K2R w KQkq - 0 1",
+                                "r1bqk2r/pp2bppp/2n1pn2/3p4/8/2NBPN2/PP3PPP/R1BQK2R w KQkq - 0 1"})
+        EXPECT_LT(strong_score(without), full) << without;
+    EXPECT_GT(strong_score("8/3K4/8/3P4/8/8/3k4/8 w - - 0 1"),
+              strong_score("8/3k4/8/3P4/8/8/3K4/8 w - - 0 1"));
 }
 
 // Mates (any move, the exact score), a fork and a skewer, at a depth each style reaches at once.

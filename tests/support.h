@@ -30,6 +30,16 @@ inline std::string text_of(Move m) {
     return s;
 }
 
+// The tactical move of the side to move with the given text.
+inline Move tactical(const char* text) {
+    MoveList list;
+    generate_captures(list);
+    for (std::uint32_t i = 0; i < list.count; ++i)
+        if (text_of(list.entries[i].move) == text) return list.entries[i].move;
+    ADD_FAILURE() << "no tactical move " << text;
+    return 0;
+}
+
 inline std::vector<Move> legal_moves_by_making() {
     Move moves[MaxGameMoves];
     int count;

@@ -54,6 +54,10 @@ POSITIONS = [
      "d5xe6 e.p. is possible, so the e.p. file is part of the key"),
     ("ruy_end_of_line", "e4 e5 Nf3 Nc6 Bb5 a6 Ba4 Nf6 O-O Be7", "Re1",
      "the last position of a line: not in the book"),
+    ("black_queen_side_only", "e4 h5 d4 Rh6", "Nf3",
+     "Black keeps only its queen-side right, White to move: not in the book"),
+    ("black_king_side_only", "e4 a5 d4 Ra6 Nf3", "Rg6",
+     "Black keeps only its king-side right, Black to move: not in the book"),
 ]
 
 HEADER = """\
