@@ -170,26 +170,30 @@ constexpr int piece_type_at(const Position& p, Square sq) {
            int(((p.typeBit2 >> sq) & 1) << 2);
 }
 
-// The record as the other side sees it: the board mirrored, the other side's pieces its own,
-// the rights' halves swapped. Two changes of view restore a record exactly.
+// Turns a record to the other side's view: the board mirrored, the other side's pieces its
+// own, the rights' halves swapped. Two changes of view restore a record exactly.
+constexpr void turn_over(Position& p) {
+    p.ownPieces = mirror(opponent_pieces(p));
+    p.typeBit0  = mirror(p.typeBit0);
+    p.typeBit1  = mirror(p.typeBit1);
+    p.typeBit2  = mirror(p.typeBit2);
+    p.castling  = swapped_rights(p.castling);
+    p.blackToMove ^= 1;
+}
 constexpr Position flipped(const Position& p) {
-    Position q    = p;
-    q.ownPieces   = mirror(opponent_pieces(p));
-    q.typeBit0    = mirror(p.typeBit0);
-    q.typeBit1    = mirror(p.typeBit1);
-    q.typeBit2    = mirror(p.typeBit2);
-    q.castling    = swapped_rights(p.castling);
-    q.blackToMove = 1 - p.blackToMove;
+    Position q = p;
+    turn_over(q);
     return q;
 }
 
-// En passant: the square the capture lands on, as a set, when the side to move may take there:
-// the opponent's double-pushed pawn stands in front of it and the square itself is empty (a
-// FEN's en-passant field is not otherwise checked against the board).
-constexpr Bitboard en_passant_target(const Position& p) {
+// En passant: the square the capture lands on, as a set, when the side to move may take there
+// (and the square is one of onto): the opponent's double-pushed pawn stands in front of it and
+// the square itself is empty (a FEN's en-passant field is not otherwise checked).
+constexpr Bitboard en_passant_target(const Position& p, Bitboard onto = ~Bitboard(0)) {
     if (p.epFile == NoEpFile) return 0;
-    const Bitboard target = bit(A6 + p.epFile);
-    if ((occupied(p) & target) || !(opponent_pieces(p) & pawns(p) & (target >> 8))) return 0;
+    const Bitboard target = bit(A6 + p.epFile) & onto;
+    if (!target || (occupied(p) & target) || !(opponent_pieces(p) & pawns(p) & (target >> 8)))
+        return 0;
     return target;
 }
 // The own pawns that may take en passant onto target: the one to its left first.
@@ -234,6 +238,7 @@ constexpr bool castling_possible(const Position& p, const Castling& c, Attacked 
 // takes the opponent's right there.
 constexpr std::uint8_t castling_after(std::uint8_t rights, int mover, Square from, Square to,
                                       bool capture) {
+    if (!rights) return rights;
     if (mover == King) rights &= ~OwnRights;
     if (mover == Rook && from == A1) rights &= ~OwnQueenSide;
     if (mover == Rook && from == H1) rights &= ~OwnKingSide;

@@ -80,7 +80,7 @@ void make_move(Move m) {
     p.reversibleCount       = irreversible ? 0 : std::uint8_t(counted);
 
     // Step 5. Turn the board to the opponent.
-    p = flipped(p);
+    turn_over(p);
 
     // Step 6. Repetitions can only be found back to the last irreversible move.
     if (irreversible)

@@ -14,7 +14,7 @@ void new_game() {
                                 0x9900000000000099ull, AllRights, NoEpFile, 0, 0, 0};
 }
 
-void flip_position() { *CurrentPosition = flipped(*CurrentPosition); }
+void flip_position() { turn_over(*CurrentPosition); }
 
 int stack_index() { return int(CurrentPosition - &PositionStack[0]); }
 

@@ -76,7 +76,7 @@ constexpr Sources Anywhere = {~Bitboard(0), ~Bitboard(0), ~Bitboard(0)};
     const Bitboard own_pawns = own & pawns(p);
 
     // 1. En passant, from the left first.
-    if (const Bitboard target = en_passant_target(p) & onto)
+    if (const Bitboard target = en_passant_target(p, onto))
         for (Bitboard b = en_passant_capturers(p, target); b;)
             add(list, make_move_word(EnPassant, pop_lsb(b), lsb(target)), 21);
 

@@ -97,8 +97,10 @@ template <class Sink>
 [[gnu::always_inline]] inline void castlings(const Position& p, Sink& sink, const KingView& v) {
     if (!(p.castling & OwnRights) || v.k != E1) return;
     const auto attacked = [&](Square sq) { return (v.attacked & bit(sq)) != 0; };
-    for (const Castling* c : {&KingSideCastling, &QueenSideCastling})
-        if (castling_possible(p, *c, attacked) && !(v.nearKings & bit(c->kingTo))) sink.castle(*c);
+    if (castling_possible(p, KingSideCastling, attacked) && !(v.nearKings & bit(G1)))
+        sink.castle(KingSideCastling);
+    if (castling_possible(p, QueenSideCastling, attacked) && !(v.nearKings & bit(C1)))
+        sink.castle(QueenSideCastling);
 }
 
 // En passant takes a second piece off the board and is tested as a whole: legal when no slider
@@ -234,9 +236,8 @@ inline Position after_move(const Position& p, Bitboard F, Bitboard T, int type,
     return c;
 }
 
-// make_move's rules for the castling rights, skipped when none is left.
+// make_move's rules for the castling rights.
 inline std::uint8_t rights_after(const Position& p, int mover, Square from, Square to) {
-    if (!p.castling) return 0;
     return castling_after(p.castling, mover, from, to, (opponent_pieces(p) & bit(to)) != 0);
 }
 

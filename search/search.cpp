@@ -75,7 +75,7 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
     // occurrence is a draw here: the classic search keeps the rule of the game itself (the
     // strong style counts a second one, which prunes more).
     if (p.repetitions == 2) return 0;
-    if (fifty_move_draw()) return 0;
+    if (fifty_move_draw(p)) return 0;
 
     // Step 2. The horizon: only captures worth making are searched further.
     if (depth == 0) return quiesce(alpha, beta, mate_score);

@@ -123,11 +123,10 @@ inline void insert_killer(std::array<Move, 2>& killers, Move m) {
 }
 inline constexpr int ExchangeValue[7] = {0, 100, 300, 300, 500, 950, 10000};
 
-// The fifty-move rule in the search: the position on the board is a draw after 100 reversible
-// half-moves, except that at exactly 100 a side in check plays on, so a mate on that move
-// still counts.
-inline bool fifty_move_draw() {
-    const Position& p = *CurrentPosition;
+// The fifty-move rule in the search: the position on the board, p, is a draw after 100
+// reversible half-moves, except that at exactly 100 a side in check plays on, so a mate on that
+// move still counts.
+inline bool fifty_move_draw(const Position& p) {
     return p.reversibleCount > 100 || (p.reversibleCount == 100 && !in_check());
 }
 

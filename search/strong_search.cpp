@@ -183,7 +183,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     // the game or on the path, already counts as a draw here: the side that could avoid the
     // repetition would have done so, and the cycle is cut at once.
     if (!root) {
-        if (p.repetitions >= 1 || fifty_move_draw()) return 0;
+        if (p.repetitions >= 1 || fifty_move_draw(p)) return 0;
         // Mate distance pruning: no line from here can beat a mate already found nearer the root.
         if (alpha < -MateScore + ply) alpha = -MateScore + ply;
         if (beta > MateScore - ply - 1) beta = MateScore - ply - 1;
