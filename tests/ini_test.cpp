@@ -1,5 +1,5 @@
-// INI reader and settings: the line syntax, the getters' conversions, hostile files, the
-// assertions, and the settings loaded from a file.
+// INI reader and settings: the line syntax, the getters' conversions, and the game log the
+// settings open.
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -76,7 +76,6 @@ TEST_F(IniTest, SyntaxOfLines) {
         EXPECT_EQ(length, int(std::strlen(buffer)));
     }
 }
-
 
 // The numbers as the standard conversions read them, held at the 32-bit limits; a flag by its
 // first letter; an empty value or no key gives the default.

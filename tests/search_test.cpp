@@ -1,5 +1,5 @@
-// Evaluation and exchanges worked out by hand; the search's results pinned to their scores,
-// node counts and lines; draws, mates, the time budget and the clock.
+// The classic style: evaluation and exchanges worked out by hand; the search's results pinned
+// to their scores, node counts and lines; draws and mates; the clock in a capture storm.
 #include <cstring>
 
 #include "eval/eval.h"
