@@ -2,5 +2,7 @@
 // piece-square tables) and the strong style's.
 #pragma once
 
+struct Position;
+
 int evaluate();
-int strong_evaluate();
+int strong_evaluate(const Position& p);

@@ -189,7 +189,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         if (beta > MateScore - ply - 1) beta = MateScore - ply - 1;
         if (alpha >= beta) return alpha;
     }
-    if (ply >= PlyLimit) return strong_evaluate();
+    if (ply >= PlyLimit) return strong_evaluate(*CurrentPosition);
 
     // Step 2. Check extension: a side in check is searched a ply deeper (while the line is not
     // more than twice the iteration's depth), so the horizon never falls inside a check.
@@ -207,7 +207,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     }
 
     // Step 4. Pruning before any move, away from the principal line and out of check.
-    const int static_eval = checkers ? -Infinity : strong_evaluate();
+    const int static_eval = checkers ? -Infinity : strong_evaluate(*CurrentPosition);
     StaticEvals[ply]      = static_eval;
     const bool improving = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
                                          static_eval > StaticEvals[ply - 2]);
@@ -345,7 +345,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
 int quiescence(int alpha, int beta, int ply) {
     const Position& p = *CurrentPosition;
     if (p.repetitions >= 1) return 0;
-    if (ply >= PlyLimit) return strong_evaluate();
+    if (ply >= PlyLimit) return strong_evaluate(*CurrentPosition);
     if (++QuiescenceNodes % QuiescenceClockInterval == 0 && time_to_stop()) return 0;
 
     const std::uint64_t key = Keys[stack_index()];
@@ -361,7 +361,7 @@ int quiescence(int alpha, int beta, int ply) {
     const int old_alpha     = alpha;
     int best = -MateScore + ply, stand = -Infinity;
     if (!checkers) {
-        stand = strong_evaluate();
+        stand = strong_evaluate(*CurrentPosition);
         if (stand >= beta) return stand;
         if (stand > alpha) alpha = stand;
         best = stand;

@@ -104,7 +104,7 @@ TEST(StrongExchange, HandWorkedSwaps) {
 // The evaluation of a position with the side to move as in its FEN.
 int strong_score(const char* fen) {
     set_up(fen);
-    return strong_evaluate();
+    return strong_evaluate(*CurrentPosition);
 }
 
 // Relations any set of weights must keep, other things equal: a passed pawn is worth more the
