@@ -110,11 +110,12 @@ int strong_score(const char* fen) {
 // Relations any set of weights must keep, other things equal: a passed pawn is worth more the
 // further it stands; a piece is worth more than its absence; in the ending a passed pawn is
 // worth more with its own king before it and the other king far than the other way round (the
-// two kings stand on mirrored squares, so their squares' values cancel).
+// two kings stand on mirrored squares, so their squares' values cancel); a rook pawn whose
+// queening square the bishop does not cover, the other king on it, is all but a draw.
 TEST(StrongEval, RelationsThatAnyTuningKeeps) {
     int before = -Infinity;
-    for (const char* pawn : {"8/8/8/8/8/8/1P6", "8/8/8/8/8/1P6/8", "8/8/8/8/1P6/8/8",
-                             "8/8/8/1P6/8/8/8", "8/8/1P6/8/8/8/8", "8/1P6/8/8/8/8/8"}) {
+    for (const char* pawn : {"8/8/8/8/8/1P6", "8/8/8/8/1P6/8", "8/8/8/1P6/8/8", "8/8/1P6/8/8/8",
+                             "8/1P6/8/8/8/8", "1P6/8/8/8/8/8"}) {
         const int score = strong_score(("4k3/" + std::string(pawn) + "/4K3 w - - 0 1").c_str());
         EXPECT_GT(score, before) << pawn;
         before = score;
@@ -129,6 +130,10 @@ TEST(StrongEval, RelationsThatAnyTuningKeeps) {
         EXPECT_LT(strong_score(without), full) << without;
     EXPECT_GT(strong_score("8/3K4/8/3P4/8/8/3k4/8 w - - 0 1"),
               strong_score("8/3k4/8/3P4/8/8/3K4/8 w - - 0 1"));
+    EXPECT_LT(strong_score("k7/8/8/8/8/8/P7/2B1K3 w - - 0 1") + 100,
+              strong_score("k7/8/8/8/8/8/P7/3BK3 w - - 0 1"));
+    EXPECT_LT(strong_score("2b1k3/p7/8/8/8/8/8/K7 b - - 0 1") + 100,
+              strong_score("3bk3/p7/8/8/8/8/8/K7 b - - 0 1"));
 }
 
 // Mates (any move, the exact score), a fork and a skewer, at a depth each style reaches at once.
@@ -140,7 +145,7 @@ TEST_F(Strong, BothStylesSolveTactics) {
         int score;
     } cases[] = {
         {"6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1", 2, nullptr, MateScore - 1},
-        {"k7/8/2K5/8/8/8/8/7R w - - 0 1", 4, nullptr, MateScore - 3},
+        {"k7/8/2K5/8/8/8/8/7R w - - 0 1", 5, nullptr, MateScore - 3},
         {"r5k1/5ppp/8/8/8/8/1Q3PPP/1R4K1 w - - 0 1", 4, nullptr, MateScore - 3},
         {"2q1k3/8/8/1N6/8/8/8/4K3 w - - 0 1", 4, "b5d6", 0},
         {"8/8/8/q3k3/8/8/8/6KR w - - 0 1", 4, "h1h5", 0},

@@ -23,8 +23,9 @@
 
 namespace {
 
-constexpr int MinUses         = 50;
-constexpr double LearningRate = 0.5, Beta1 = 0.9, Beta2 = 0.999;
+constexpr int MinUses  = 50;
+constexpr double Beta1 = 0.9, Beta2 = 0.999;
+double LearningRate = 1, Lambda = 1e-8; // options -r and -l
 
 // A position as the tuner keeps it: its nonzero counts, linear then king danger.
 struct Term {
@@ -36,6 +37,7 @@ struct Sample {
     std::uint32_t first, linear, danger; // the terms from first: linear ones, then danger ones
     std::uint8_t phase;
     std::uint8_t dangerOn, cannotWin; // bit 0 the side to move's, bit 1 the opponent's
+    std::uint8_t scale[2];            // of the end game when the side to move, the opponent leads
     float result;                     // for the side to move
 };
 struct Data {
@@ -49,7 +51,14 @@ struct Weights {
 };
 
 void add_sample(Data& data, const StrongTrace& t, double result) {
-    Sample s{std::uint32_t(data.terms.size()), 0, 0, std::uint8_t(t.phase), 0, 0, float(result)};
+    Sample s{std::uint32_t(data.terms.size()),
+             0,
+             0,
+             std::uint8_t(t.phase),
+             0,
+             0,
+             {std::uint8_t(t.scale[0]), std::uint8_t(t.scale[1])},
+             float(result)};
     for (int i = 0; i < WeightCount; ++i)
         if (t.linear[i]) data.terms.push_back({std::uint16_t(i), t.linear[i], 0}), ++s.linear;
     for (int side = 0; side < 2; ++side) {
@@ -66,9 +75,9 @@ void add_sample(Data& data, const StrongTrace& t, double result) {
 }
 
 // The score of a sample under the weights, and what it needs for the gradient: the king danger
-// units of each side.
+// units of each side and the end game's scale.
 struct Scored {
-    double score, units[2];
+    double score, units[2], scale;
     bool zeroed; // a side that cannot win led: the score is 0 whatever the weights
 };
 double danger_bonus(double units) {
@@ -85,20 +94,31 @@ Scored score_of(const Data& data, const Sample& s, const Weights& w) {
     for (std::uint32_t i = 0; i < s.danger; ++i, ++term)
         units[term->side] += term->count * w.middle[term->index];
     middle += danger_bonus(units[0]) - danger_bonus(units[1]);
-    const double score = (middle * s.phase + end * (FullPhase - s.phase)) / FullPhase;
+    const double scale = double(s.scale[end > 0 ? 0 : 1]) / FullScale;
+    const double score = (middle * s.phase + end * scale * (FullPhase - s.phase)) / FullPhase;
     const bool zeroed  = (score > 0 && (s.cannotWin & 1)) || (score < 0 && (s.cannotWin & 2));
-    return {zeroed ? 0 : score, {units[0], units[1]}, zeroed};
+    return {zeroed ? 0 : score, {units[0], units[1]}, scale, zeroed};
 }
 
 double sigmoid(double k, double score) { return 1 / (1 + std::exp(-k * score)); }
 
-double mean_error(const Data& data, const Weights& w, double k) {
-    double sum = 0;
-    for (const Sample& s : data.samples) {
-        const double e = s.result - sigmoid(k, score_of(data, s, w).score);
+// Every HeldOut-th block of 1024 positions (about ten games, whose positions share a result) is
+// kept out of the fit to measure it.
+constexpr std::size_t HeldOut = 10;
+constexpr bool held_out(std::size_t i) { return i / 1024 % HeldOut == HeldOut - 1; }
+
+// The mean squared error over the positions fitted to, or over those held out.
+double mean_error(const Data& data, const Weights& w, double k, bool on_held_out = false) {
+    double sum    = 0;
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < data.samples.size(); ++i) {
+        if (held_out(i) != on_held_out) continue;
+        const Sample& s = data.samples[i];
+        const double e  = s.result - sigmoid(k, score_of(data, s, w).score);
         sum += e * e;
+        ++n;
     }
-    return sum / double(data.samples.size());
+    return sum / double(n);
 }
 
 // K by golden-section search on the error of the starting weights.
@@ -119,12 +139,15 @@ double fit_k(const Data& data, const Weights& w) {
 void gradient(const Data& data, const Weights& w, double k, Weights& g) {
     std::fill(g.middle.begin(), g.middle.end(), 0.0);
     std::fill(g.end.begin(), g.end.end(), 0.0);
-    for (const Sample& s : data.samples) {
+    for (std::size_t n = 0; n < data.samples.size(); ++n) {
+        const Sample& s = data.samples[n];
+        if (held_out(n)) continue;
         const Scored sc = score_of(data, s, w);
         if (sc.zeroed) continue;
-        const double p  = sigmoid(k, sc.score);
-        const double d  = -2 * (s.result - p) * p * (1 - p) * k; // d error / d score
-        const double dm = d * s.phase / FullPhase, de = d * (FullPhase - s.phase) / FullPhase;
+        const double p   = sigmoid(k, sc.score);
+        const double d   = -2 * (s.result - p) * p * (1 - p) * k; // d error / d score
+        const double dm  = d * s.phase / FullPhase;
+        const double de  = d * sc.scale * (FullPhase - s.phase) / FullPhase;
         const Term* term = &data.terms[s.first];
         for (std::uint32_t i = 0; i < s.linear; ++i, ++term) {
             g.middle[term->index] += dm * term->count;
@@ -139,28 +162,47 @@ void gradient(const Data& data, const Weights& w, double k, Weights& g) {
     }
 }
 
-// Adam over the weights that counted often enough; the others keep their values.
+// The end-game values the fit leaves as they are: the pawns' squares and the passed pawn's
+// terms. The positions kept for the fit leave out those whose best move promotes, so that the
+// data shows advanced passed pawns worth less than they are; these keep their starting values,
+// which rise with the rank.
+constexpr WeightGroupId FixedInTheEnd[] = {PawnTable, Passed, PasserKingDistance, PassedFree};
+bool fixed_in_the_end(int index) {
+    for (WeightGroupId g : FixedInTheEnd)
+        if (index >= weight(g) && index < weight(g) + WeightGroups[g].count) return true;
+    return false;
+}
+
+// Adam over the weights that counted often enough and are not fixed (the others keep their
+// values), on the error plus Lambda times the sum of each weight's squared change from where it
+// started: a weight the data says little about stays near its starting value.
 void fit(const Data& data, Weights& w, double k, int epochs, const std::vector<int>& uses) {
     const std::size_t n = WeightCount;
+    const Weights start = w;
+    std::size_t fitted  = 0;
+    for (std::size_t i = 0; i < data.samples.size(); ++i) fitted += !held_out(i);
     Weights g{std::vector<double>(n), std::vector<double>(n)};
     std::vector<double> m1(2 * n), m2(2 * n);
-    const auto start = std::chrono::steady_clock::now();
+    const auto began = std::chrono::steady_clock::now();
     for (int epoch = 1; epoch <= epochs; ++epoch) {
         gradient(data, w, k, g);
         for (std::size_t i = 0; i < 2 * n; ++i) {
-            if (uses[i % n] < MinUses) continue;
+            if (uses[i % n] < MinUses || (i >= n && fixed_in_the_end(int(i - n)))) continue;
             double& weight    = i < n ? w.middle[i] : w.end[i - n];
-            const double grad = (i < n ? g.middle[i] : g.end[i - n]) / double(data.samples.size());
-            m1[i]             = Beta1 * m1[i] + (1 - Beta1) * grad;
-            m2[i]             = Beta2 * m2[i] + (1 - Beta2) * grad * grad;
-            const double mh   = m1[i] / (1 - std::pow(Beta1, epoch));
-            const double vh   = m2[i] / (1 - std::pow(Beta2, epoch));
+            const double from = i < n ? start.middle[i] : start.end[i - n];
+            const double grad = (i < n ? g.middle[i] : g.end[i - n]) / double(fitted) +
+                                2 * Lambda * (weight - from);
+            m1[i]           = Beta1 * m1[i] + (1 - Beta1) * grad;
+            m2[i]           = Beta2 * m2[i] + (1 - Beta2) * grad * grad;
+            const double mh = m1[i] / (1 - std::pow(Beta1, epoch));
+            const double vh = m2[i] / (1 - std::pow(Beta2, epoch));
             weight -= LearningRate * mh / (std::sqrt(vh) + 1e-12);
         }
-        if (epoch % 50 == 0 || epoch == epochs)
+        if (epoch % 100 == 0 || epoch == epochs)
             std::fprintf(
-                stderr, "epoch %d: error %.6f (%.0f s)\n", epoch, mean_error(data, w, k),
-                std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+                stderr, "epoch %d: error %.6f, held out %.6f (%.0f s)\n", epoch,
+                mean_error(data, w, k), mean_error(data, w, k, true),
+                std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count());
     }
 }
 
@@ -196,18 +238,30 @@ bool load(int files, char** names, Data& data, std::vector<int>& uses) {
     return !data.samples.empty() && strays == 0;
 }
 
-// Moves the mean of each piece's square table (over the squares it can stand on) into its
-// material value: the same scores, tables centred on zero.
-void centre_tables(Weights& w) {
+// Moves the mean of each piece's square table (over the squares it can stand on) and of its
+// mobility table (weighted by how often each count was seen) into its material value: the same
+// scores, tables centred on zero.
+void shift_mean(std::vector<double>& phase, int from, int count, const std::vector<int>& weights,
+                int material) {
+    double sum = 0, total = 0;
+    for (int i = from; i < from + count; ++i) sum += weights[i] * phase[i], total += weights[i];
+    if (total == 0) return;
+    for (int i = from; i < from + count; ++i)
+        if (weights[i]) phase[i] -= sum / total;
+    phase[material] += sum / total;
+}
+void centre_tables(Weights& w, const std::vector<int>& uses) {
+    std::vector<int> square_weights(WeightCount, 1);
+    for (int sq : {0, 1, 2, 3, 4, 5, 6, 7, 56, 57, 58, 59, 60, 61, 62, 63})
+        square_weights[weight(PawnTable, sq)] = 0;
     for (int type = Pawn; type <= Queen; ++type) {
-        const int table = weight(WeightGroupId(PawnTable + type - Pawn));
-        const int first = type == Pawn ? 8 : 0, last = type == Pawn ? 56 : 64;
+        const int material = weight(MaterialGroup, type);
+        const auto table   = WeightGroupId(PawnTable + type - Pawn);
+        const auto moves   = WeightGroupId(KnightMobility + type - Knight);
         for (auto* phase : {&w.middle, &w.end}) {
-            double mean = 0;
-            for (int sq = first; sq < last; ++sq) mean += (*phase)[table + sq];
-            mean /= last - first;
-            for (int sq = first; sq < last; ++sq) (*phase)[table + sq] -= mean;
-            (*phase)[weight(MaterialGroup, type)] += mean;
+            shift_mean(*phase, weight(table), 64, square_weights, material);
+            if (type != Pawn)
+                shift_mean(*phase, weight(moves), WeightGroups[moves].count, uses, material);
         }
     }
 }
@@ -247,8 +301,10 @@ bool write_header(const char* path, const Weights& w, const std::string& provena
 } // namespace
 
 int main(int argc, char** argv) {
+    for (; argc > 2 && argv[1][0] == '-'; argc -= 2, argv += 2)
+        (argv[1][1] == 'r' ? LearningRate : Lambda) = std::atof(argv[2]);
     if (argc < 4) {
-        std::fprintf(stderr, "usage: tuner OUT_HEADER EPOCHS DATA...\n");
+        std::fprintf(stderr, "usage: tuner [-r RATE] [-l LAMBDA] OUT_HEADER EPOCHS DATA...\n");
         return 2;
     }
     const int epochs = std::atoi(argv[2]);
@@ -256,21 +312,22 @@ int main(int argc, char** argv) {
     std::vector<int> uses(WeightCount);
     if (!load(argc - 3, argv + 3, data, uses)) return 1;
     Weights w{{MiddleWeights, MiddleWeights + WeightCount}, {EndWeights, EndWeights + WeightCount}};
-    const double k = fit_k(data, w), before = mean_error(data, w, k);
-    std::fprintf(stderr, "K = %.6f, error %.6f\n", k, before);
+    const double k = fit_k(data, w), before = mean_error(data, w, k, true);
+    std::fprintf(stderr, "K = %.6f, error %.6f, held out %.6f\n", k, mean_error(data, w, k),
+                 before);
     fit(data, w, k, epochs, uses);
-    if (epochs > 0) centre_tables(w);
-    const double after = mean_error(data, w, k);
-    char provenance[200];
+    if (epochs > 0) centre_tables(w, uses);
+    const double after = mean_error(data, w, k, true);
+    char provenance[300];
     std::snprintf(provenance, sizeof provenance,
-                  "fitted to %zu positions of self-play,\n// K = %.5f, mean squared error %.5f "
-                  "(%.5f before), %d epochs.",
-                  data.samples.size(), k, after, before, epochs);
-    std::fprintf(stderr, "error %.6f after centring\n", after);
+                  "fitted to %zu positions of self-play\n// (a tenth held out), K = %.5f, %d "
+                  "epochs of rate %g, lambda %g: mean squared error\n// on the held-out tenth "
+                  "%.5f, %.5f before.",
+                  data.samples.size(), k, epochs, LearningRate, Lambda, after, before);
+    std::fprintf(stderr, "held out %.6f after centring\n", after);
     return write_header(argv[1], w,
                         epochs > 0 ? provenance
-                                   : "the published tables and hand-set "
-                                     "terms it began with.")
+                                   : "the published tables and hand-set terms it began with.")
                ? 0
                : 1;
 }
