@@ -26,6 +26,7 @@ namespace {
 constexpr int MinUses  = 50;
 constexpr double Beta1 = 0.9, Beta2 = 0.999;
 double LearningRate = 1, Lambda = 1e-8; // options -r and -l
+bool KeepBase = false; // option -b: the material and square tables keep their values
 
 // A position as the tuner keeps it: its nonzero counts, linear then king danger.
 struct Term {
@@ -187,7 +188,9 @@ void fit(const Data& data, Weights& w, double k, int epochs, const std::vector<i
     for (int epoch = 1; epoch <= epochs; ++epoch) {
         gradient(data, w, k, g);
         for (std::size_t i = 0; i < 2 * n; ++i) {
-            if (uses[i % n] < MinUses || (i >= n && fixed_in_the_end(int(i - n)))) continue;
+            if (uses[i % n] < MinUses || (i >= n && fixed_in_the_end(int(i - n))) ||
+                (KeepBase && int(i % n) < weight(KnightMobility)))
+                continue;
             double& weight    = i < n ? w.middle[i] : w.end[i - n];
             const double from = i < n ? start.middle[i] : start.end[i - n];
             const double grad = (i < n ? g.middle[i] : g.end[i - n]) / double(fitted) +
@@ -302,7 +305,10 @@ bool write_header(const char* path, const Weights& w, const std::string& provena
 
 int main(int argc, char** argv) {
     for (; argc > 2 && argv[1][0] == '-'; argc -= 2, argv += 2)
-        (argv[1][1] == 'r' ? LearningRate : Lambda) = std::atof(argv[2]);
+        if (argv[1][1] == 'b')
+            KeepBase = true, --argv, ++argc;
+        else
+            (argv[1][1] == 'r' ? LearningRate : Lambda) = std::atof(argv[2]);
     if (argc < 4) {
         std::fprintf(stderr, "usage: tuner [-r RATE] [-l LAMBDA] OUT_HEADER EPOCHS DATA...\n");
         return 2;
