@@ -54,8 +54,9 @@ play_match() {
         set -- -scp "$(command -v "$opponent")"
     fi
     # shellcheck disable=SC2086
-    xboard_match "$dir" $((GAMES * 300 + 60)) -fn "quillfern strong" "$@" \
-        -matchGames "$GAMES" -xexit $TC -xponder
+    xboard_match "$dir" $((GAMES * 300 + 60)) -fcp "$ENGINE" -fd "$dir/engine" -sd "$dir/opponent" \
+        -fn "quillfern strong" "$@" -matchGames "$GAMES" -xexit $TC -xponder -adjudicateDrawMoves 120
+    echo $? > "$dir/status"
 }
 
 started=$(date +%s)
