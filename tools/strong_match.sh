@@ -309,7 +309,6 @@ sprt() {
     esac
 }
 
-
 # The xboard options that start opponent $1 in folder $2.
 opponent_options() {
     case $1 in
