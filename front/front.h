@@ -20,6 +20,9 @@ extern std::uint32_t SearchStartTime; // when the engine's current move started,
 // The settings in effect, and the clocks, in hundredths of a second.
 extern std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
 extern std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
+// The strong style's table in megabytes, 1 to MaxHash.
+extern std::int32_t Hash;
+constexpr std::int32_t MaxHash = 32768;
 constexpr int SettingTextSize = 100;
 extern char LogFile[SettingTextSize];
 extern char BookFile[SettingTextSize];
@@ -84,6 +87,11 @@ bool look_at_input(bool wait);
 void take_waiting_lines(bool (*take)(void* context, const char* line), void* context);
 // Whether the input has ended and every line of it has been read.
 bool input_ended();
+// Whether the buffer is full of input not yet read: nothing more can come in until some of it
+// is taken. skip_unfinished_line then gives up the line at its end, which has no line end yet,
+// with all of it that is still to come.
+bool input_full();
+void skip_unfinished_line();
 // Guards the standard streams before anything is read or written: a closed one, a broken pipe.
 void prepare_standard_streams();
 
@@ -92,6 +100,9 @@ void console_loop();
 void xboard_loop();
 // The UCI driver, entered with the mode line "uci", which it answers as the command.
 void uci_loop();
+// The limits of the search a UCI "go" line asks for in the position on the board (what it
+// cannot read is reported in an "info string").
+SearchLimits uci_go_limits(const char* line);
 // The console's "test": perft over the six positions of the suite, with the rate.
 void run_benchmark();
 // The position as a diagram from White's side, Italian initials for the pieces.

@@ -18,7 +18,7 @@ std::int32_t QuitRequested    = 0;
 std::uint32_t SearchStartTime = 0;
 
 std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
-std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
+std::int32_t SuddenDeath, MoreTime, LessTime, FastGame, Hash;
 char LogFile[SettingTextSize], BookFile[SettingTextSize], Style[SettingTextSize];
 std::int32_t StrongStyle = 0;
 std::FILE* LogFileHandle = nullptr;
@@ -30,6 +30,7 @@ constexpr SettingKey SettingKeys[] = {
     {"ENGINE", "MaxDepth", NumberSetting, MaxPly, 2, MaxPly, nullptr, &MaxDepth, nullptr},
     {"ENGINE", "MaxTime", NumberSetting, 360000, INT32_MIN, INT32_MAX, nullptr, &MaxTime, nullptr},
     {"ENGINE", "PostThinking", FlagSetting, 1, 0, 1, nullptr, &PostThinking, nullptr},
+    {"ENGINE", "Hash", NumberSetting, DefaultTableMegabytes, 1, MaxHash, nullptr, &Hash, nullptr},
     {"ENGINE", "Style", TextSetting, 0, 0, 0, "classic", nullptr, Style},
     {"LOG", "LogFile", TextSetting, 0, 0, 0, "quillfern.log", nullptr, LogFile},
     {"LOG", "LogGame", FlagSetting, 0, 0, 1, nullptr, &LogGame, nullptr},
@@ -47,6 +48,8 @@ void set_setting(const SettingKey& key, long value) {
     *key.number = (value < key.low || value > key.high) ? key.fallback : std::int32_t(value);
     // Each load gives the move the configured time again.
     if (key.number == &MaxTime) engineTime = moveTime = allocatedTime = MaxTime;
+    // The strong style's table takes a new size at once; without the memory it keeps its own.
+    if (key.number == &Hash && StrongStyle) allocate_table(Hash);
 }
 
 // Whether two texts hold the same letters, whatever their case.
@@ -60,7 +63,7 @@ bool same_letters(const char* a, const char* b) {
 // Choosing the strong style allocates its table, once; without the memory the search stays classic.
 void set_setting(const SettingKey& key, const char* text) {
     std::snprintf(key.chars, SettingTextSize, "%s", text);
-    if (key.chars == Style) StrongStyle = same_letters(Style, "strong") && allocate_table();
+    if (key.chars == Style) StrongStyle = same_letters(Style, "strong") && allocate_table(Hash);
 }
 
 namespace {

@@ -30,6 +30,7 @@ constexpr int HistoryMax = 16384;
 int RootDepth;
 Move RootBest;
 int RootScore;
+int SelDepth; // the deepest ply the iteration has reached
 // The static score of each node on the path (-Infinity in check): a side whose score has risen
 // since its last move is improving, and is pruned less.
 std::array<int, PlyLimit + 1> StaticEvals;
@@ -190,6 +191,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         if (alpha >= beta) return alpha;
     }
     if (ply >= PlyLimit) return strong_evaluate();
+    if (ply > SelDepth) SelDepth = ply;
 
     // Step 2. Check extension: a side in check is searched a ply deeper (while the line is not
     // more than twice the iteration's depth), so the horizon never falls inside a check.
@@ -246,6 +248,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     PrincipalVariation child;
     for (int i = 0; i < list.count; ++i) {
         const Move m = pick_move(list, i);
+        if (root && RootMovesLimited && !root_move_searched(m)) continue;
         if (!move_is_legal(m, ks)) continue;
         ++legal;
         const bool quiet = is_quiet(m);
@@ -335,6 +338,8 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
 
     // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate.
     if (legal == 0) return checkers ? -MateScore + ply : 0;
+    // A root that passed over some of its moves has no result of its own to keep.
+    if (root && RootMovesLimited) return best;
     const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
     store_table(key, depth, best, bound, best_move, ply);
     return best;
@@ -347,6 +352,7 @@ int quiescence(int alpha, int beta, int ply) {
     if (p.repetitions >= 1) return 0;
     if (ply >= PlyLimit) return strong_evaluate();
     if (++QuiescenceNodes % QuiescenceClockInterval == 0 && time_to_stop()) return 0;
+    if (ply > SelDepth) SelDepth = ply;
 
     const std::uint64_t key = Keys[stack_index()];
     TableEntry entry;
@@ -405,6 +411,7 @@ int quiescence(int alpha, int beta, int ply) {
 int search_iteration(int depth, int previous, PrincipalVariation& line) {
     RootDepth          = depth;
     IterationNodeCount = 0;
+    SelDepth           = 0;
     int delta = AspirationWindow, alpha = -Infinity, beta = Infinity;
     if (depth >= AspirationDepth && previous > -MateBound && previous < MateBound) {
         alpha = previous - delta;
@@ -449,15 +456,20 @@ PrincipalVariation RootLine;
 Iterated strong_iteration(int depth, SearchResult& result) {
     RootBest        = 0;
     const int score = search_iteration(depth, result.score, RootLine);
+    // The line's second move is the reply expected to the best move while the line starts with it.
+    const Move reply =
+        RootLine.length > 1 && RootLine.moves[0] == RootBest ? RootLine.moves[1] : 0;
     if (SearchStopped == 1) {
-        if (result.depth == 0)
-            result = {RootBest, RootScore, depth};
-        else if (RootBest != 0)
-            result.move = RootBest;
-        return {false, RootBest != 0, RootScore, &RootLine};
+        if (result.depth == 0) {
+            result = {RootBest, RootScore, depth, reply};
+        } else if (RootBest != 0) {
+            result.move  = RootBest;
+            result.reply = reply;
+        }
+        return {false, RootBest != 0, RootScore, &RootLine, SelDepth, table_permille()};
     }
-    result = {RootBest, score, depth};
-    return {true, true, score, &RootLine};
+    result = {RootBest, score, depth, reply};
+    return {true, true, score, &RootLine, SelDepth, table_permille()};
 }
 
 // A mate the iteration has seen all the way: its distance in plies is within the depth. A

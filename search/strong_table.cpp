@@ -51,11 +51,12 @@ constexpr std::uint64_t state_key(const Position& p) {
 // The table: buckets of TableBucketSize entries, one cache line each. Generation counts the
 // searches, so an entry of an earlier move is replaced before a deeper one of this move.
 TableEntry* Table            = nullptr;
+std::size_t Buckets          = 0; // a power of two
 std::uint8_t Generation      = 0;
 constexpr int GenerationMask = 0x3F; // six bits beside the two of the bound
 
 TableEntry* bucket_of(std::uint64_t key) {
-    return Table + (key & (TableBuckets - 1)) * TableBucketSize;
+    return Table + (key & (Buckets - 1)) * TableBucketSize;
 }
 
 int age_of(const TableEntry& e) { return (Generation - (e.boundAndAge >> 2)) & GenerationMask; }
@@ -98,17 +99,33 @@ std::uint64_t key_after_null_move(std::uint64_t key, const Position& before,
     return key ^ state_key(before) ^ state_key(after);
 }
 
-bool allocate_table() {
-    if (Table) return true;
-    Table = static_cast<TableEntry*>(
-        std::aligned_alloc(64, TableBuckets * TableBucketSize * sizeof(TableEntry)));
-    if (Table) clear_table();
-    return Table != nullptr;
+bool allocate_table(int megabytes) {
+    constexpr std::size_t BucketBytes = TableBucketSize * sizeof(TableEntry);
+    std::size_t buckets = 1;
+    while (buckets * 2 * BucketBytes <= std::size_t(megabytes) << 20) buckets *= 2;
+    if (Table && buckets == Buckets) return true;
+    auto* table = static_cast<TableEntry*>(std::aligned_alloc(64, buckets * BucketBytes));
+    if (!table) return false;
+    std::free(Table);
+    Table   = table;
+    Buckets = buckets;
+    clear_table();
+    return true;
 }
 
+std::size_t table_buckets() { return Buckets; }
+
 void clear_table() {
-    std::memset(static_cast<void*>(Table), 0, TableBuckets * TableBucketSize * sizeof(TableEntry));
+    if (!Table) return;
+    std::memset(static_cast<void*>(Table), 0, Buckets * TableBucketSize * sizeof(TableEntry));
     Generation = 0;
+}
+
+int table_permille() {
+    int used = 0;
+    for (std::size_t i = 0; i < 1000 && i < Buckets * TableBucketSize; ++i)
+        used += (Table[i].boundAndAge & 3) != NoBound && age_of(Table[i]) == 0;
+    return used;
 }
 
 void age_table() { Generation = std::uint8_t((Generation + 1) & GenerationMask); }

@@ -18,7 +18,7 @@ class Strong : public testing::Test {
 // Keys of one bucket (equal low bits) never answer for each other; a full bucket gives up its
 // shallowest entry.
 TEST_F(Strong, CollidingKeysKeepTheirOwnEntries) {
-    const std::uint64_t a = 0x5A5A, b = a + TableBuckets * 3;
+    const std::uint64_t a = 0x5A5A, b = a + table_buckets() * 3;
     TableEntry e;
     store_table(a, 5, 40, ExactBound, 0x0102, 0);
     EXPECT_FALSE(probe_table(b, 0, e));
@@ -31,7 +31,7 @@ TEST_F(Strong, CollidingKeysKeepTheirOwnEntries) {
     EXPECT_EQ(e.score, -15);
     EXPECT_EQ(e.boundAndAge & 3, LowerBound);
     for (std::uint64_t i = 2; i <= 4; ++i)
-        store_table(a + TableBuckets * 3 * i, 8, 0, ExactBound, 0, 0);
+        store_table(a + table_buckets() * 3 * i, 8, 0, ExactBound, 0, 0);
     EXPECT_TRUE(probe_table(a, 0, e));
     EXPECT_FALSE(probe_table(b, 0, e));
 }

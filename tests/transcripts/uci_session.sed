@@ -1,2 +1,2 @@
-s/ time [0-9]+ nodes ([0-9]+) nps [0-9]+/ time T nodes \1 nps N/
+s/ time [0-9]+ nodes ([0-9]+)( nps [0-9]+)?/ time T nodes \1/
 s/^( ?[0-9]+ +-?[0-9]+ +)[0-9]+( +[0-9]+ (1\. |$))/\1T\2/
