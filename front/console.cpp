@@ -5,6 +5,7 @@
 
 #include "book/book.h"
 #include "front/front.h"
+#include "front/paths.h"
 #include "movegen/movegen.h"
 
 namespace {
@@ -178,7 +179,7 @@ Then param(const char*) {
     return NextLine;
 }
 Then book(const char*) {
-    show_book_moves(BookFile);
+    show_book_moves(book_path(BookFile));
     return NextLine;
 }
 Then test(const char*) {

@@ -9,6 +9,7 @@
 
 #include "book/book.h"
 #include "front/front.h"
+#include "front/paths.h"
 #include "movegen/movegen.h"
 
 std::int32_t GameOver         = 0;
@@ -83,8 +84,9 @@ bool open_game_log() {
         LogFileHandle = nullptr;
     }
     if (LogGame != 1) return true;
-    LogFileHandle = std::fopen(LogFile, "a");
-    if (LogFileHandle == nullptr) report_file_error(LogFile, errno);
+    const char* path = log_path(LogFile);
+    LogFileHandle    = std::fopen(path, "a");
+    if (LogFileHandle == nullptr) report_file_error(path, errno);
     return LogFileHandle != nullptr;
 }
 
@@ -272,8 +274,10 @@ void analyze(int max_depth) {
 bool engine_turn(char* text, void (*announce)(const char* text)) {
     if (GameOver != 0 || EngineColor != CurrentPosition->blackToMove) return false;
     SearchStartTime = clock_ms();
-    BookProbe probe = Book == 1 ? choose_book_move(BookFile, RandBook, text) : BookProbe{BookNoSuchKey, 0};
-    if (probe.result == BookNotOpened) report_file_error(BookFile, probe.error);
+    const char* book = book_path(BookFile);
+    BookProbe probe =
+        Book == 1 ? choose_book_move(book, RandBook, text) : BookProbe{BookNoSuchKey, 0};
+    if (probe.result == BookNotOpened) report_file_error(book, probe.error);
     if (probe.result == BookTooManyMoves)
         output(Screen, "#DEBUG: Too many moves in this position (max=%d)\n", MaxBookMoves);
     if (probe.result == BookFound && enter_user_move(text) == 1) {

@@ -7,6 +7,7 @@
 
 #include "book/book.h"
 #include "front/front.h"
+#include "front/paths.h"
 #include "movegen/movegen.h"
 
 namespace {
@@ -290,7 +291,8 @@ Then go(const char* line) {
     SearchStartTime = clock_ms();
     char move[8]    = "0000";
     if (!go.infinite && Book == 1 &&
-        choose_book_move(BookFile, RandBook, move).result == BookFound && user_move(move) != 0) {
+        choose_book_move(book_path(BookFile), RandBook, move).result == BookFound &&
+        user_move(move) != 0) {
         output(Screen, "info string book move %s\n", move);
         output(Screen, "bestmove %s\n", move);
         output(LogOnly, "move %s\n", move);

@@ -1,12 +1,14 @@
 // Engine settings: each key of the table read from the INI file in its order and handed to the
 // front ends, which hold the settings in effect.
 #include "front/front.h"
+#include "front/paths.h"
 #include "ini/ini_reader.h"
 #include "shell/shell.h"
 
 // The order matters: when the log is wanted but cannot be opened, the load stops there and the
 // book and time settings keep the values they had.
 void load_settings(const char* file_name) {
+    file_name = settings_path(file_name); // a package's own when the working folder has none
     for (std::size_t i = 0; i < SettingCount; ++i) {
         const SettingKey& key = SettingKeys[i];
         if (key.kind == TextSetting) {
