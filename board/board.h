@@ -308,6 +308,12 @@ extern const std::array<SliderSquare, 64> RookSquares;
 extern const std::array<SliderSquare, 64> BishopSquares;
 extern const std::array<Bitboard, SliderTableSize> SliderTable;
 
+#if defined(QUILLFERN_RUNTIME_PEXT) && !defined(__BMI2__)
+// A build for any x86-64 processor (the package) asks the processor once whether it has a fast
+// PEXT: BMI2, and not one of the AMD families that run it in microcode.
+extern const bool ProcessorHasPext;
+#endif
+
 // Gathers the bits of bb that lie in mask into the low bits of the result, lowest first: the
 // number a subset of mask has among all subsets counted in ascending order. One instruction
 // (PEXT) where the processor has BMI2; other builds pay a loop over the mask.
@@ -315,6 +321,13 @@ inline std::uint64_t gather_bits(Bitboard bb, Bitboard mask) {
 #ifdef __BMI2__
     return _pext_u64(bb, mask);
 #else
+#ifdef QUILLFERN_RUNTIME_PEXT
+    if (ProcessorHasPext) {
+        std::uint64_t result;
+        asm("pextq %2, %1, %0" : "=r"(result) : "r"(bb), "rm"(mask));
+        return result;
+    }
+#endif
     std::uint64_t result = 0;
     for (std::uint64_t out = 1; mask; mask &= mask - 1, out <<= 1)
         if (bb & mask & -mask) result |= out;

@@ -87,8 +87,9 @@ bool open_game_log() {
         LogFileHandle = nullptr;
     }
     if (LogGame != 1) return true;
-    LogFileHandle = std::fopen(LogFile, "a");
-    if (LogFileHandle == nullptr) report_file_error(LogFile, errno);
+    const char* path = log_path(LogFile);
+    LogFileHandle    = std::fopen(path, "a");
+    if (LogFileHandle == nullptr) report_file_error(path, errno);
     return LogFileHandle != nullptr;
 }
 
@@ -243,8 +244,9 @@ SearchLimits search_limits(int max_depth) {
 
 BookResult probe_book(char* text) {
     if (Book != 1) return BookNoSuchKey;
-    const BookProbe probe = choose_book_move(BookFile, RandBook, text);
-    if (probe.result == BookNotOpened) report_file_error(BookFile, probe.error);
+    const char* file      = book_path(BookFile);
+    const BookProbe probe = choose_book_move(file, RandBook, text);
+    if (probe.result == BookNotOpened) report_file_error(file, probe.error);
     if (probe.result == BookFound && user_move(text) == 0) return BookNoSuchKey;
     return probe.result;
 }
