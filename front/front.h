@@ -22,7 +22,7 @@ extern std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
 extern std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
 // The strong style's table in megabytes, 1 to MaxHash.
 extern std::int32_t Hash;
-constexpr std::int32_t MaxHash = 32768;
+constexpr std::int32_t MaxHash = 8192;
 constexpr int SettingTextSize = 100;
 extern char LogFile[SettingTextSize];
 extern char BookFile[SettingTextSize];

@@ -6,7 +6,8 @@
 #
 # usage: [TC=M:SS] [UCI=1] xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
 # TC is the time for 40 moves (default 0:20). With a book file the engine opens from it. With
-# UCI=1 xboard speaks UCI to the engine, through the polyglot adapter it starts for one.
+# UCI=1 xboard speaks UCI to the engine, through the polyglot adapter it starts for one, and
+# both engines ponder.
 # Exits 77 (skipped) when xboard, xvfb-run, xauth, fairymax or (for UCI) polyglot is missing.
 set -u
 PATH=$PATH:/usr/games
@@ -29,7 +30,7 @@ fail() { echo "FAILED: $* (traffic in $WORK/debug.txt, games in $WORK/games.pgn)
 # xboard sends "level 40 0:20 0", the minutes:seconds form; a game that drags on is called a draw
 # after 100 moves. Fairy-Max plays differently when told its opponent is a program: it is not.
 . "$(dirname "$0")/xboard.sh"
-xboard_match "$WORK" 600 -fcp "$ENGINE" -fd "$WORK/engine" $([ "$UCI" = 1 ] && echo -fUCI) \
+xboard_match "$WORK" 600 -fcp "$ENGINE" -fd "$WORK/engine" $([ "$UCI" = 1 ] && echo -fUCI -ponder) \
     -scp "$(command -v fairymax)" -sd "$WORK/opponent" -secondComputerString "" \
     -matchGames "$GAMES" -xexit -mps 40 -tc "$TC" -adjudicateDrawMoves 100
 status=$?
