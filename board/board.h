@@ -68,9 +68,11 @@ constexpr int StackSize = 600;
 // Records kept free above the game for the deepest search: 32 full-width plies, at most 46
 // quiescence plies (each one captures or promotes), and an exchange played out on top.
 constexpr int SearchReserve = 128;
-extern std::array<Position, StackSize> PositionStack;
-extern Position* CurrentPosition;
-extern std::uint32_t IterationNodeCount; // moves made in the current search iteration
+// Each thread that searches has its own stack (the strong style searches on several); the
+// current record is set by new_game, or by a thread that takes over a copy of the game.
+extern thread_local constinit std::array<Position, StackSize> PositionStack;
+extern thread_local constinit Position* CurrentPosition;
+extern thread_local constinit std::uint32_t IterationNodeCount; // moves made by the iteration
 
 // Move word:
 //   bits  0- 7  MoveFlags: moving piece type in bits 0-2, 0x08 capture,
