@@ -26,10 +26,12 @@ namespace {
 SearchLimits Limits{MaxPly, INT32_MAX, INT32_MAX, 0, false};
 SearchHooks Hooks;
 
-// Tests of the clock since the interruption hook was last asked. A count, not the clock, decides
-// when it is asked, so that a scripted session reads its lines at the same moments every time.
-std::uint32_t TestsSinceAsked                 = 0;
-constexpr std::uint32_t InterruptionInterval = 2048;
+// The interruption hook is asked once the search has made InterruptionInterval more moves
+// since it was last asked (about a tenth of a millisecond for the classic style, a millisecond
+// for the strong one). A count, not the clock, decides, so that a scripted session reads its
+// lines at the same moments every time.
+std::uint64_t NextAsk                         = 0;
+constexpr std::uint64_t InterruptionInterval = 4096;
 
 // Quiescence moves since the clock was last read there.
 std::uint32_t QuiescenceMoves                   = 0;
@@ -46,6 +48,7 @@ void start_clock(const SearchLimits& limits, const SearchHooks& hooks) {
     Hooks         = hooks;
     SearchStopped = 0;
     FinishedNodes = 0;
+    NextAsk       = InterruptionInterval;
     clear_excluded_root_moves();
 }
 
@@ -63,15 +66,16 @@ bool time_to_stop() {
     if (SearchStopped == 1) return true;
     const std::uint32_t elapsed_ms = clock_ms() - Limits.startTime;
     const std::int32_t elapsed     = std::int32_t(elapsed_ms) / 10;
-    if (elapsed > Limits.moveTime || elapsed > Limits.budget ||
-        (Limits.deadline >= 0 && elapsed_ms >= std::uint32_t(Limits.deadline)) ||
-        (Limits.nodes && FinishedNodes + IterationNodeCount >= Limits.nodes) ||
-        (Hooks.interrupted && ++TestsSinceAsked % InterruptionInterval == 0 &&
-         Hooks.interrupted(Hooks.context))) {
-        SearchStopped = 1;
-        return true;
+    const std::uint64_t nodes      = FinishedNodes + IterationNodeCount;
+    bool stop = elapsed > Limits.moveTime || elapsed > Limits.budget ||
+                (Limits.deadline >= 0 && elapsed_ms >= std::uint32_t(Limits.deadline)) ||
+                (Limits.nodes && nodes >= Limits.nodes);
+    if (!stop && Hooks.interrupted && nodes >= NextAsk) {
+        NextAsk = nodes + InterruptionInterval;
+        stop    = Hooks.interrupted(Hooks.context);
     }
-    return false;
+    if (stop) SearchStopped = 1;
+    return stop;
 }
 
 bool root_move_searched(Move m) {

@@ -87,7 +87,7 @@ struct SearchResult {
 
 // The clock and the stop signal of the search in progress, for both styles. start_clock takes
 // the limits and hooks; time_to_stop says whether the search must end: its time or its nodes
-// are used up, or its interruption hook (asked every 2048th time) says so; it sets
+// are used up, or its interruption hook (asked every few thousand moves) says so; it sets
 // SearchStopped.
 extern std::int32_t SearchStopped; // 1 once the current search must end
 void start_clock(const SearchLimits& limits, const SearchHooks& hooks);
