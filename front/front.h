@@ -20,9 +20,9 @@ extern std::uint32_t SearchStartTime; // when the engine's current move started,
 // The settings in effect, and the clocks, in hundredths of a second.
 extern std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
 extern std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
-// The strong style's table in megabytes, 1 to MaxHash.
-extern std::int32_t Hash;
-constexpr std::int32_t MaxHash = 8192;
+// The strong style's table in megabytes, 1 to MaxHash, and the threads it searches on.
+extern std::int32_t Hash, Threads;
+constexpr std::int32_t MaxHash = 8192, MaxThreads = 256;
 constexpr int SettingTextSize = 100;
 extern char LogFile[SettingTextSize];
 extern char BookFile[SettingTextSize];

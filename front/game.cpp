@@ -18,7 +18,7 @@ std::int32_t QuitRequested    = 0;
 std::uint32_t SearchStartTime = 0;
 
 std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
-std::int32_t SuddenDeath, MoreTime, LessTime, FastGame, Hash;
+std::int32_t SuddenDeath, MoreTime, LessTime, FastGame, Hash, Threads;
 char LogFile[SettingTextSize], BookFile[SettingTextSize], Style[SettingTextSize];
 std::int32_t StrongStyle = 0;
 std::FILE* LogFileHandle = nullptr;
@@ -31,6 +31,7 @@ constexpr SettingKey SettingKeys[] = {
     {"ENGINE", "MaxTime", NumberSetting, 360000, INT32_MIN, INT32_MAX, nullptr, &MaxTime, nullptr},
     {"ENGINE", "PostThinking", FlagSetting, 1, 0, 1, nullptr, &PostThinking, nullptr},
     {"ENGINE", "Hash", NumberSetting, DefaultTableMegabytes, 1, MaxHash, nullptr, &Hash, nullptr},
+    {"ENGINE", "Threads", NumberSetting, 1, 1, MaxThreads, nullptr, &Threads, nullptr},
     {"ENGINE", "Style", TextSetting, 0, 0, 0, "classic", nullptr, Style},
     {"LOG", "LogFile", TextSetting, 0, 0, 0, "quillfern.log", nullptr, LogFile},
     {"LOG", "LogGame", FlagSetting, 0, 0, 1, nullptr, &LogGame, nullptr},
@@ -50,6 +51,7 @@ void set_setting(const SettingKey& key, long value) {
     if (key.number == &MaxTime) engineTime = moveTime = allocatedTime = MaxTime;
     // The strong style's table takes a new size at once; without the memory it keeps its own.
     if (key.number == &Hash && StrongStyle) allocate_table(Hash);
+    if (key.number == &Threads) set_helper_threads(Threads - 1);
 }
 
 // Whether two texts hold the same letters, whatever their case.

@@ -49,7 +49,8 @@ struct NumberOption {
 };
 NumberOption NumberOptions[] = {{"MultiPV", &MultiPV, 1, MaxLines, 1},
                                 {"Move Overhead", &MoveOverhead, 0, 5000, 10},
-                                {"Hash", &Hash, 1, MaxHash, DefaultTableMegabytes}};
+                                {"Hash", &Hash, 1, MaxHash, DefaultTableMegabytes},
+                                {"Threads", &Threads, 1, MaxThreads, 1}};
 
 // The settings a UCI interface can set, under their INI names.
 const SettingKey* setting_option(const char* name) {
@@ -114,7 +115,11 @@ Then set_number_option(const NumberOption& option, const char* text) {
         std::snprintf(said, sizeof said, "%d", held);
         info("%s held to %s", option.name, said);
     }
+    // Hash and Threads are settings of the INI file too, which take effect as they are set.
     *option.value = held;
+    for (std::size_t i = 0; i < SettingCount; ++i)
+        if (SettingKeys[i].number == option.value) set_setting(SettingKeys[i], long(held));
+    // Asking for the size in use answers at once; a size that could not be had is tried again.
     if (option.value == &Hash && StrongStyle && !allocate_table(Hash))
         return info("the table of %s megabytes cannot be had: it keeps its size", text);
     return NextLine;

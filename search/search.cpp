@@ -8,9 +8,11 @@
 #include "search/search.h"
 
 PrincipalVariation RootVariation;
-std::int32_t SearchStopped   = 0;
-std::uint64_t FinishedNodes  = 0;
-bool RootMovesLimited        = false;
+thread_local constinit std::int32_t SearchStopped = 0;
+thread_local constinit bool IsHelperThread        = false;
+std::atomic<bool> StopHelpers{false};
+std::uint64_t FinishedNodes = 0;
+thread_local constinit bool RootMovesLimited = false;
 
 // A monotonic clock rather than the time of day: a step of the system clock (a time server, a
 // suspended laptop) cannot upset the budget of a move.
@@ -37,9 +39,10 @@ constexpr std::uint64_t InterruptionInterval = 4096;
 std::uint32_t QuiescenceMoves                   = 0;
 constexpr std::uint32_t QuiescenceClockInterval = 256;
 
-// The root moves of the lines already found at the depth in progress.
-Move Excluded[MaxLines];
-int ExcludedCount = 0;
+// The root moves of the lines already found at the depth in progress (the helpers of the strong
+// style search one line and find none).
+thread_local constinit Move Excluded[MaxLines]{};
+thread_local constinit int ExcludedCount = 0;
 
 } // namespace
 
@@ -64,6 +67,10 @@ void restart_clock(const SearchLimits& limits) {
 // read after every move of every full-width node, so the search unwinds as soon as it must.
 bool time_to_stop() {
     if (SearchStopped == 1) return true;
+    if (IsHelperThread) {
+        SearchStopped = StopHelpers.load(std::memory_order_relaxed);
+        return SearchStopped == 1;
+    }
     const std::uint32_t elapsed_ms = clock_ms() - Limits.startTime;
     const std::int32_t elapsed     = std::int32_t(elapsed_ms) / 10;
     const std::uint64_t nodes      = FinishedNodes + IterationNodeCount;

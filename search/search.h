@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 
 #include "board/board.h"
@@ -89,9 +90,13 @@ struct SearchResult {
 // the limits and hooks; time_to_stop says whether the search must end: its time or its nodes
 // are used up, or its interruption hook (asked every few thousand moves) says so; it sets
 // SearchStopped.
-extern std::int32_t SearchStopped; // 1 once the current search must end
+extern thread_local constinit std::int32_t SearchStopped; // 1 once the search must end
 void start_clock(const SearchLimits& limits, const SearchHooks& hooks);
 bool time_to_stop();
+// The threads that help the strong style's search: they have no clock and no hooks of their
+// own, and stop when told to by the thread that started the search.
+extern thread_local constinit bool IsHelperThread;
+extern std::atomic<bool> StopHelpers;
 // The time limits of the search in progress replaced by those of limits (a ponder search that
 // becomes the engine's own when the expected move is played).
 void restart_clock(const SearchLimits& limits);
@@ -100,7 +105,7 @@ extern std::uint64_t FinishedNodes;
 
 // The root moves an iteration searches: the limits' list when it has one, less the moves of the
 // lines already found at this depth. Both styles ask at their root while RootMovesLimited.
-extern bool RootMovesLimited;
+extern thread_local constinit bool RootMovesLimited;
 bool root_move_searched(Move m);
 void exclude_root_move(Move m);
 void clear_excluded_root_moves();

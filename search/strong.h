@@ -13,6 +13,19 @@
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks);
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks);
 
+// Lazy SMP: the number of helper threads that search beside the one that starts a search, each
+// on its own copy of the game with its own keys, killers and history, sharing the table; they
+// are created here, when their number changes, and wait between searches. The starting thread
+// alone reads the clock and the hooks, decides when all stop and which move is played; a search
+// of several best lines runs on it alone.
+void set_helper_threads(int count);
+int helper_threads();
+// Between the strong style's files: the helpers start on a copy of the game up to the current
+// record and deepen to max_depth (helper_search) until stop_helpers, which waits for them.
+void start_helpers(int max_depth);
+void stop_helpers();
+void helper_search(int id, int max_depth);
+
 // The material the side to move wins with the capture or promotion m when both sides take back
 // on its square with their cheapest piece for as long as that pays (a swap list on the
 // bitboards; pins are not seen).

@@ -16,26 +16,29 @@ namespace {
 constexpr int PlyLimit = 96;
 static_assert(PlyLimit + 2 < SearchReserve);
 
+// Each thread of the search keeps what follows for itself.
+//
 // The key of every record from the root up, kept beside the position stack: a record's key is
 // set when the move or pass that made it is made.
-std::array<std::uint64_t, StackSize> Keys;
+thread_local constinit std::array<std::uint64_t, StackSize> Keys{};
 
 // Ordering: two killers a ply, a history counter per side and from-to pair.
-std::array<std::array<Move, 2>, PlyLimit + 1> Killers;
-std::array<std::array<std::array<int, 64>, 64>, 2> History;
+thread_local constinit std::array<std::array<Move, 2>, PlyLimit + 1> Killers{};
+thread_local constinit std::array<std::array<std::array<int, 64>, 64>, 2> History{};
 constexpr int HistoryMax = 16384;
 
 // The iteration in progress: its depth, and the best root move searched to the end with its
-// score (0 when none has been yet).
-int RootDepth;
-Move RootBest;
-int RootScore;
-int SelDepth; // the deepest ply the iteration has reached
+// score (0 when none has been yet), and its line.
+thread_local constinit int RootDepth  = 0;
+thread_local constinit Move RootBest  = 0;
+thread_local constinit int RootScore  = 0;
+thread_local constinit int SelDepth   = 0; // the deepest ply the iteration has reached
+thread_local constinit PrincipalVariation RootLine{};
 // The static score of each node on the path (-Infinity in check): a side whose score has risen
 // since its last move is improving, and is pruned less.
-std::array<int, PlyLimit + 1> StaticEvals;
-std::uint32_t QuiescenceNodes;
-constexpr std::uint32_t QuiescenceClockInterval = 1024;
+thread_local constinit std::array<int, PlyLimit + 1> StaticEvals{};
+thread_local constinit std::uint32_t QuiescenceNodes = 0;
+constexpr std::uint32_t QuiescenceClockInterval      = 1024;
 
 // Margins and counts of the pruning, in hundredths of a pawn and in plies.
 constexpr int ReverseFutilityDepth = 6, ReverseFutilityMargin = 80;
@@ -432,11 +435,9 @@ int search_iteration(int depth, int previous, PrincipalVariation& line) {
     }
 }
 
-// The clock, a new generation in the table, the root's key, and the ordering of the last search
-// kept at half weight.
-void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
-    start_clock(limits, hooks);
-    age_table();
+// A thread's start of a search: the root's key, and the ordering of its last search kept at
+// half weight.
+void prepare_thread() {
     Keys[stack_index()] = position_key(*CurrentPosition);
     for (auto& pair : Killers) pair = {0, 0};
     for (auto& side : History)
@@ -446,8 +447,14 @@ void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
     RootScore       = 0;
 }
 
-// The line of the iteration in progress.
-PrincipalVariation RootLine;
+// The clock, a new generation in the table, the thread's start, and the helpers woken when the
+// search looks for one best line.
+void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
+    start_clock(limits, hooks);
+    age_table();
+    prepare_thread();
+    if (limits.lines == 1) start_helpers(limits.maxDepth);
+}
 
 // The move is the best root move searched to the end, which a stopped iteration may have
 // changed; the score and depth are those of the last finished iteration, or of the stopped one
@@ -485,11 +492,28 @@ constexpr SearchStyle Strong{1, start_strong_search, strong_iteration, mate_seen
 } // namespace
 
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks) {
-    return deepen(Strong, limits, hooks);
+    const SearchResult result = deepen(Strong, limits, hooks);
+    stop_helpers();
+    return result;
 }
 
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
     deepen_analysis(Strong, limits, hooks);
+    stop_helpers();
+}
+
+// A helper deepens as the main thread does, without reports, every other helper a ply ahead,
+// until it is told to stop or has searched to max_depth.
+void helper_search(int id, int max_depth) {
+    SearchStopped = 0;
+    clear_excluded_root_moves();
+    prepare_thread();
+    for (int depth = 1 + id % 2, score = 0; depth <= max_depth; ++depth) {
+        RootBest        = 0;
+        const int found = search_iteration(depth, score, RootLine);
+        if (SearchStopped == 1) return;
+        score = found;
+    }
 }
 
 // The swap list (a known method): gain[d] is what the side making the d-th capture has won if
