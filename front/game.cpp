@@ -57,7 +57,8 @@ void set_setting(const SettingKey& key, long value) {
 // Whether two texts hold the same letters, whatever their case.
 bool same_letters(const char* a, const char* b) {
     for (; *a && *b; ++a, ++b)
-        if (std::tolower(static_cast<unsigned char>(*a)) != std::tolower(static_cast<unsigned char>(*b)))
+        if (std::tolower(static_cast<unsigned char>(*a)) !=
+            std::tolower(static_cast<unsigned char>(*b)))
             return false;
     return *a == *b;
 }
@@ -181,7 +182,8 @@ bool set_move_time(const char* line, std::int32_t& n) {
     return true;
 }
 
-void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes, Destination to) {
+void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes,
+                    Destination to) {
     output(to, "%2d %6d %6d %10ld ", depth, score, elapsed, long(nodes));
 }
 
@@ -266,7 +268,8 @@ void think(char* text) {
     SearchHooks hooks;
     hooks.report              = report_thinking;
     const SearchResult result = search_in_style(search_limits(MaxDepth), hooks);
-    if (result.score > MateBound) output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
+    if (result.score > MateBound)
+        output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
     if (result.score < -MateBound) output(Screen, "Mated to% d \n", (result.score + MateScore) / 2);
     text[0] = '\0';
     if (result.move == 0) return;

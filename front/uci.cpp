@@ -275,10 +275,12 @@ GoRequest read_go(const char* line) {
     Words words{line + 2};
     char word[32];
     while (words.next(word, sizeof word)) {
-        const auto number = std::find_if(std::begin(GoNumbers), std::end(GoNumbers),
-                                         [&](const char* name) { return !std::strcmp(word, name); });
+        const auto number =
+            std::find_if(std::begin(GoNumbers), std::end(GoNumbers),
+                         [&](const char* name) { return !std::strcmp(word, name); });
         if (number != std::end(GoNumbers)) {
-            go_number(words, word, *go_number_field(go, std::size_t(number - std::begin(GoNumbers))));
+            go_number(words, word,
+                      *go_number_field(go, std::size_t(number - std::begin(GoNumbers))));
         } else if (std::strcmp(word, "infinite") == 0) {
             go.infinite = true;
         } else if (std::strcmp(word, "ponder") == 0) {
@@ -302,9 +304,11 @@ void apply_clocks(const GoRequest& go, SearchLimits& limits) {
     const int us = CurrentPosition->blackToMove;
     if (go.clocks[us] < 0) return;
     const std::int32_t own  = saturate_centis((go.clocks[us] - MoveOverhead) / 10);
-    const std::int32_t them = go.clocks[1 - us] >= 0 ? saturate_centis(go.clocks[1 - us] / 10) : own;
+    const std::int32_t them =
+        go.clocks[1 - us] >= 0 ? saturate_centis(go.clocks[1 - us] / 10) : own;
     const std::int32_t inc  = go.clocks[2 + us] > 0 ? saturate_centis(go.clocks[2 + us] / 10) : 0;
-    const int moves = go.movestogo > 0 && go.movestogo < SuddenDeath ? int(go.movestogo) : SuddenDeath;
+    const int moves =
+        go.movestogo > 0 && go.movestogo < SuddenDeath ? int(go.movestogo) : SuddenDeath;
     limits.budget   = allocate_time(own > 0 ? own : 0, them, inc, moves).allocated;
 }
 
@@ -321,7 +325,8 @@ SearchLimits go_limits(const GoRequest& go) {
     apply_clocks(go, limits);
     const std::int64_t depth = go.mate > 0 ? 2 * go.mate + 1 : go.depth;
     if (depth > 0) limits.maxDepth = int(std::clamp<std::int64_t>(depth, 2, MaxPly));
-    if (go.movetime >= 0) limits.deadline = std::int32_t(std::min<std::int64_t>(go.movetime, INT32_MAX));
+    if (go.movetime >= 0)
+        limits.deadline = std::int32_t(std::min<std::int64_t>(go.movetime, INT32_MAX));
     if (go.nodes > 0) limits.nodes = std::uint64_t(go.nodes);
     limits.rootMoveCount = go.rootMoveCount;
     std::copy(go.rootMoves, go.rootMoves + go.rootMoveCount, limits.rootMoves);
@@ -405,9 +410,11 @@ void report_info(void*, const Iteration& it) {
     if (it.seldepth > 0) n += std::snprintf(text + n, sizeof text - n, " seldepth %d", it.seldepth);
     if (MultiPV > 1) n += std::snprintf(text + n, sizeof text - n, " multipv %d", it.number);
     if (it.score > MateBound)
-        n += std::snprintf(text + n, sizeof text - n, " score mate %d", (MateScore + 1 - it.score) / 2);
+        n += std::snprintf(text + n, sizeof text - n, " score mate %d",
+                           (MateScore + 1 - it.score) / 2);
     else if (it.score < -MateBound)
-        n += std::snprintf(text + n, sizeof text - n, " score mate %d", -((it.score + MateScore) / 2));
+        n += std::snprintf(text + n, sizeof text - n, " score mate %d",
+                           -((it.score + MateScore) / 2));
     else
         n += std::snprintf(text + n, sizeof text - n, " score cp %d", it.score);
     const std::uint64_t ms = it.elapsed > 0 ? std::uint64_t(it.elapsed) : 0;
@@ -416,7 +423,8 @@ void report_info(void*, const Iteration& it) {
     if (ms > 0)
         n += std::snprintf(text + n, sizeof text - n, " nps %llu",
                            (unsigned long long)(it.searchNodes * 1000 / ms));
-    if (it.hashfull >= 0) n += std::snprintf(text + n, sizeof text - n, " hashfull %d", it.hashfull);
+    if (it.hashfull >= 0)
+        n += std::snprintf(text + n, sizeof text - n, " hashfull %d", it.hashfull);
     const int shown = it.line->length < StoredPvMoves ? it.line->length : StoredPvMoves;
     for (int i = 0, black = CurrentPosition->blackToMove; i < shown; ++i, black ^= 1) {
         char move[6];

@@ -62,7 +62,8 @@ constexpr SearchStyle Classic{2, start_search, classic_iteration, is_mate, true}
 
 } // namespace
 
-SearchResult deepen(const SearchStyle& style, const SearchLimits& limits, const SearchHooks& hooks) {
+SearchResult deepen(const SearchStyle& style, const SearchLimits& limits,
+                    const SearchHooks& hooks) {
     // The game leaves the search its reserve of records, which covers the deepest iteration.
     assert(stack_index() < StackSize - SearchReserve && limits.maxDepth <= MaxPly);
     style.start(limits, hooks);

@@ -86,7 +86,8 @@ constexpr bool is_quiet(Move m) { return !is_capture(m) && move_promotion(m) == 
 int tactical_score(const Position& p, Move m, int generator_score) {
     if (generator_score < 0) return UnderPromotionScore + generator_score;
     const int mover = moving_piece(m), victim = piece_type_at(p, move_to(m));
-    if (ExchangeValue[victim] < ExchangeValue[mover] && move_promotion(m) == 0 && exchange_gain(m) < 0)
+    if (ExchangeValue[victim] < ExchangeValue[mover] && move_promotion(m) == 0 &&
+        exchange_gain(m) < 0)
         return BadCaptureScore + generator_score;
     return GoodCaptureScore + generator_score;
 }
