@@ -2,8 +2,10 @@
 # Builds the engine and runs every test: a Release tree (unit tests, the end-to-end transcripts,
 # the full perft suite, a game inside the real xboard) and a tree for the generic processor with
 # AddressSanitizer and UndefinedBehaviorSanitizer (the fast tests, and the slider lookup without
-# PEXT), then a fixed round of the fuzz targets (fuzz/, built with clang). Installs the packages
-# the tests use first when they are missing.
+# PEXT), then a fixed round of the fuzz targets (fuzz/, built with clang), the strong search on
+# two threads under ThreadSanitizer (tests/tsan/), and with CI=true or QUILLFERN_PACKAGE_TEST=1,
+# as root, the Debian package installed and removed again. Installs the packages the tests use
+# first when they are missing.
 set -e
 cd "$(dirname "$0")"
 JOBS=${JOBS:-2}
@@ -20,3 +22,12 @@ cmake --build build-sanitize -j "$JOBS"
 ctest --test-dir build-sanitize --output-on-failure -j "$JOBS" -L fast
 
 fuzz/smoke.sh
+tests/tsan/run.sh
+
+if [ "${CI:-}" != true ] && [ "${QUILLFERN_PACKAGE_TEST:-}" != 1 ]; then
+    echo "package check skipped: CI=true or QUILLFERN_PACKAGE_TEST=1 runs it, as root"
+elif [ "$(id -u)" != 0 ]; then
+    echo "package check skipped: it installs the package, which needs root"
+else
+    tests/package/check.sh
+fi

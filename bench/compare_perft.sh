@@ -98,7 +98,7 @@ rates=()
 for ((run = 1; run <= PAIRS; ++run)); do
     out=$("$SEARCH_BENCH" "$SEARCH_DEPTH")
     signature=$(printf '%s\n' "$out" | grep '^Signature')
-    r=$(printf '%s\n' "$out" | sed -n 's/^Rate: \([0-9]*\) .*/\1/p')
+    r=$(printf '%s\n' "$out" | sed -n 's/^Nodes\/second: //p')
     rates+=("$r")
     printf 'run %d: %s, %s nodes/s\n' "$run" "$signature" "$r"
     if [ "$SEARCH_DEPTH" = 6 ] && [ "$signature" != "Signature (depth 6): $SIGNATURE nodes" ]; then

@@ -1,16 +1,22 @@
 #!/usr/bin/env python3
-"""How soon the engine answers "stop" with "bestmove" in UCI: the time from writing "stop" after
-"go infinite" to reading "bestmove", over repeated searches of a few positions.
+"""How soon the engine answers in UCI: the time from writing "stop" after "go infinite" to
+reading "bestmove", over repeated searches of a few positions; then how closely it keeps to "go
+movetime MS" after a clocked search each time (whose clock must not carry over).
 
-    bench/uci_stop.py ENGINE [RUNS]     (RUNS default 20; each search runs half a second first)
+    bench/uci_stop.py ENGINE [RUNS [STYLE [MS]]]
+    (RUNS default 20; each infinite search runs half a second first; STYLE classic or strong,
+    default classic; MS default 1500, measured RUNS / 3 times, at least 3)
 
-Prints the median and the largest delay in milliseconds."""
+Prints the median and the largest delay of "stop", and the median and largest difference from
+MS of "movetime", in milliseconds."""
 import subprocess
 import sys
 import time
 
 engine = sys.argv[1]
 runs = int(sys.argv[2]) if len(sys.argv) > 2 else 20
+style = sys.argv[3] if len(sys.argv) > 3 else "classic"
+movetime = int(sys.argv[4]) if len(sys.argv) > 4 else 1500
 positions = ["startpos", "startpos moves e2e4 e7e5",
              "fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1"]
 p = subprocess.Popen([engine], stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0)
@@ -27,9 +33,18 @@ def read_until(prefix):
             return line
 
 
+def timed(line, prefix="bestmove"):
+    """Milliseconds from writing line to reading a line that starts with prefix."""
+    start = time.perf_counter()
+    send(line)
+    read_until(prefix)
+    return (time.perf_counter() - start) * 1000
+
+
 send("uci")
 read_until("uciok")
 send("setoption name Book value false")
+send("setoption name Style value " + style)
 delays = []
 for i in range(runs):
     send("position " + positions[i % len(positions)])
@@ -37,12 +52,21 @@ for i in range(runs):
     read_until("readyok")
     send("go infinite")
     time.sleep(0.5)
-    start = time.perf_counter()
-    send("stop")
+    delays.append(timed("stop"))
+differences = []
+for i in range(max(3, runs // 3)):
+    send("position " + positions[i % len(positions)])
+    send("go wtime 1000 btime 1000")
     read_until("bestmove")
-    delays.append((time.perf_counter() - start) * 1000)
+    send("isready")
+    read_until("readyok")
+    differences.append(timed("go movetime %d" % movetime) - movetime)
 send("quit")
 p.wait()
 delays.sort()
-print("stop answered in %.2f ms (median of %d), %.2f ms at most; engine ended with status %d"
-      % (delays[len(delays) // 2], runs, delays[-1], p.returncode))
+differences.sort()
+print("%s: stop answered in %.2f ms (median of %d), %.2f ms at most"
+      % (style, delays[len(delays) // 2], len(delays), delays[-1]))
+print("%s: movetime %d kept to %+.2f ms (median of %d), %+.2f ms at most; status %d"
+      % (style, movetime, differences[len(differences) // 2], len(differences),
+         max(differences, key=abs), p.returncode))

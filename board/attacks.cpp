@@ -2,6 +2,14 @@
 // making the move.
 #include "board/board.h"
 
+#if defined(QUILLFERN_RUNTIME_PEXT) && !defined(__BMI2__)
+const bool ProcessorHasPext = [] {
+    __builtin_cpu_init(); // may run before the runtime's own detection
+    return __builtin_cpu_supports("bmi2") && !__builtin_cpu_is("amdfam15h") &&
+           !__builtin_cpu_is("amdfam17h");
+}();
+#endif
+
 namespace {
 
 // The eight directions as (file, rank) steps: the rook's four, then the bishop's four. Each

@@ -68,9 +68,11 @@ constexpr int StackSize = 600;
 // Records kept free above the game for the deepest search: 32 full-width plies, at most 46
 // quiescence plies (each one captures or promotes), and an exchange played out on top.
 constexpr int SearchReserve = 128;
-extern std::array<Position, StackSize> PositionStack;
-extern Position* CurrentPosition;
-extern std::uint32_t IterationNodeCount; // moves made in the current search iteration
+// Each thread that searches has its own stack (the strong style searches on several); the
+// current record is set by new_game, or by a thread that takes over a copy of the game.
+extern thread_local constinit std::array<Position, StackSize> PositionStack;
+extern thread_local constinit Position* CurrentPosition;
+extern thread_local constinit std::uint32_t IterationNodeCount; // moves made by the iteration
 
 // Move word:
 //   bits  0- 7  MoveFlags: moving piece type in bits 0-2, 0x08 capture,
@@ -308,6 +310,12 @@ extern const std::array<SliderSquare, 64> RookSquares;
 extern const std::array<SliderSquare, 64> BishopSquares;
 extern const std::array<Bitboard, SliderTableSize> SliderTable;
 
+#if defined(QUILLFERN_RUNTIME_PEXT) && !defined(__BMI2__)
+// A build for any x86-64 processor (the package) asks the processor once whether it has a fast
+// PEXT: BMI2, and not one of the AMD families that run it in microcode.
+extern const bool ProcessorHasPext;
+#endif
+
 // Gathers the bits of bb that lie in mask into the low bits of the result, lowest first: the
 // number a subset of mask has among all subsets counted in ascending order. One instruction
 // (PEXT) where the processor has BMI2; other builds pay a loop over the mask.
@@ -315,6 +323,13 @@ inline std::uint64_t gather_bits(Bitboard bb, Bitboard mask) {
 #ifdef __BMI2__
     return _pext_u64(bb, mask);
 #else
+#ifdef QUILLFERN_RUNTIME_PEXT
+    if (ProcessorHasPext) {
+        std::uint64_t result;
+        asm("pextq %2, %1, %0" : "=r"(result) : "r"(bb), "rm"(mask));
+        return result;
+    }
+#endif
     std::uint64_t result = 0;
     for (std::uint64_t out = 1; mask; mask &= mask - 1, out <<= 1)
         if (bb & mask & -mask) result |= out;

@@ -3,9 +3,9 @@
 
 #include "board/board.h"
 
-std::array<Position, StackSize> PositionStack;
-Position* CurrentPosition       = &PositionStack[0];
-std::uint32_t IterationNodeCount = 0;
+thread_local constinit std::array<Position, StackSize> PositionStack{};
+thread_local constinit Position* CurrentPosition       = nullptr;
+thread_local constinit std::uint32_t IterationNodeCount = 0;
 
 void new_game() {
     constexpr std::uint8_t AllRights = OwnRights | swapped_rights(OwnRights);

@@ -176,7 +176,7 @@ Then param(const char*) {
     return NextLine;
 }
 Then book(const char*) {
-    show_book_moves(BookFile);
+    show_book_moves(book_path(BookFile));
     return NextLine;
 }
 Then test(const char*) {

@@ -42,6 +42,7 @@ static_assert(offset(56) == 42 && offset(0) == 42 + 4 * 18 * 7);
 void show_board() {
     const Position p = CurrentPosition->blackToMove ? flipped(*CurrentPosition) : *CurrentPosition;
     for (Square sq = 0; sq < 64; ++sq)
-        BoardTemplate[offset(sq)] = Letters[piece_type_at(p, sq) + ((p.ownPieces & bit(sq)) ? 8 : 0)];
+        BoardTemplate[offset(sq)] =
+            Letters[piece_type_at(p, sq) + ((p.ownPieces & bit(sq)) ? 8 : 0)];
     output(Screen, "%s", BoardTemplate);
 }

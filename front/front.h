@@ -20,6 +20,9 @@ extern std::uint32_t SearchStartTime; // when the engine's current move started,
 // The settings in effect, and the clocks, in hundredths of a second.
 extern std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
 extern std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
+// The strong style's table in megabytes, 1 to MaxHash, and the threads it searches on.
+extern std::int32_t Hash, Threads;
+constexpr std::int32_t MaxHash = 8192, MaxThreads = 256;
 constexpr int SettingTextSize = 100;
 extern char LogFile[SettingTextSize];
 extern char BookFile[SettingTextSize];
@@ -56,6 +59,30 @@ bool open_game_log();
 // default. When the game log is wanted and cannot be opened, the load stops there.
 void load_settings(const char* file_name);
 
+// Where the engine's files are. A build from source reads and writes every file by the name it
+// is given, in the working folder. An installed package (built with QUILLFERN_DATA_DIR) also has
+// a data folder holding the default settings and book: a file the working folder lacks is read
+// from there, and while those packaged settings are in use the game log goes to the user's own
+// data folder, since the package's folder is not the user's to write.
+// The package's data folder, nullptr for none (a build from source). Tests set their own.
+void set_data_folder(const char* folder);
+// The settings file to read for name: name itself when the working folder has it, else the data
+// folder's file of that name when there is one. Notes whether the packaged settings are in use.
+const char* settings_path(const char* name);
+// The book to open for the BookFile name, by the same rule.
+const char* book_path(const char* name);
+// The game log to append to: name, unless the settings in use are the packaged ones; then name
+// inside $XDG_DATA_HOME/quillfern, else ~/.local/share/quillfern, a folder created when missing.
+const char* log_path(const char* name);
+
+// The search benchmark of "quillfern bench" and the developer's bench/search_bench: searches
+// eight fixed positions to depth, in the strong style or the classic one, and prints each
+// position's score, move and nodes, the node total (the style's signature, which changes only
+// when the search's behaviour does), the time, and last "Nodes searched: N" and "Nodes/second:
+// R", the lines testers' scripts read. Returns 0, or 1 when the strong style's table cannot be
+// allocated.
+int search_benchmark(int depth, bool strong);
+
 // Every write to standard output: flushed at once, and copied to the game log when logging is on
 // and the line belongs there.
 enum Destination { Screen, ScreenAndLog, LogOnly };
@@ -84,6 +111,11 @@ bool look_at_input(bool wait);
 void take_waiting_lines(bool (*take)(void* context, const char* line), void* context);
 // Whether the input has ended and every line of it has been read.
 bool input_ended();
+// Whether the buffer is full of input not yet read: nothing more can come in until some of it
+// is taken. skip_unfinished_line then gives up the line at its end, which has no line end yet,
+// with all of it that is still to come.
+bool input_full();
+void skip_unfinished_line();
 // Guards the standard streams before anything is read or written: a closed one, a broken pipe.
 void prepare_standard_streams();
 
@@ -92,6 +124,9 @@ void console_loop();
 void xboard_loop();
 // The UCI driver, entered with the mode line "uci", which it answers as the command.
 void uci_loop();
+// The limits of the search a UCI "go" line asks for in the position on the board (what it
+// cannot read is reported in an "info string").
+SearchLimits uci_go_limits(const char* line);
 // The console's "test": perft over the six positions of the suite, with the rate.
 void run_benchmark();
 // The position as a diagram from White's side, Italian initials for the pieces.

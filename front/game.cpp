@@ -18,7 +18,7 @@ std::int32_t QuitRequested    = 0;
 std::uint32_t SearchStartTime = 0;
 
 std::int32_t MaxDepth, MaxTime, PostThinking, LogGame, Book, RandBook;
-std::int32_t SuddenDeath, MoreTime, LessTime, FastGame;
+std::int32_t SuddenDeath, MoreTime, LessTime, FastGame, Hash, Threads;
 char LogFile[SettingTextSize], BookFile[SettingTextSize], Style[SettingTextSize];
 std::int32_t StrongStyle = 0;
 std::FILE* LogFileHandle = nullptr;
@@ -30,6 +30,8 @@ constexpr SettingKey SettingKeys[] = {
     {"ENGINE", "MaxDepth", NumberSetting, MaxPly, 2, MaxPly, nullptr, &MaxDepth, nullptr},
     {"ENGINE", "MaxTime", NumberSetting, 360000, INT32_MIN, INT32_MAX, nullptr, &MaxTime, nullptr},
     {"ENGINE", "PostThinking", FlagSetting, 1, 0, 1, nullptr, &PostThinking, nullptr},
+    {"ENGINE", "Hash", NumberSetting, DefaultTableMegabytes, 1, MaxHash, nullptr, &Hash, nullptr},
+    {"ENGINE", "Threads", NumberSetting, 1, 1, MaxThreads, nullptr, &Threads, nullptr},
     {"ENGINE", "Style", TextSetting, 0, 0, 0, "classic", nullptr, Style},
     {"LOG", "LogFile", TextSetting, 0, 0, 0, "quillfern.log", nullptr, LogFile},
     {"LOG", "LogGame", FlagSetting, 0, 0, 1, nullptr, &LogGame, nullptr},
@@ -47,12 +49,16 @@ void set_setting(const SettingKey& key, long value) {
     *key.number = (value < key.low || value > key.high) ? key.fallback : std::int32_t(value);
     // Each load gives the move the configured time again.
     if (key.number == &MaxTime) engineTime = moveTime = allocatedTime = MaxTime;
+    // The strong style's table takes a new size at once; without the memory it keeps its own.
+    if (key.number == &Hash && StrongStyle) allocate_table(Hash);
+    if (key.number == &Threads) set_helper_threads(Threads - 1);
 }
 
 // Whether two texts hold the same letters, whatever their case.
 bool same_letters(const char* a, const char* b) {
     for (; *a && *b; ++a, ++b)
-        if (std::tolower(static_cast<unsigned char>(*a)) != std::tolower(static_cast<unsigned char>(*b)))
+        if (std::tolower(static_cast<unsigned char>(*a)) !=
+            std::tolower(static_cast<unsigned char>(*b)))
             return false;
     return *a == *b;
 }
@@ -60,7 +66,7 @@ bool same_letters(const char* a, const char* b) {
 // Choosing the strong style allocates its table, once; without the memory the search stays classic.
 void set_setting(const SettingKey& key, const char* text) {
     std::snprintf(key.chars, SettingTextSize, "%s", text);
-    if (key.chars == Style) StrongStyle = same_letters(Style, "strong") && allocate_table();
+    if (key.chars == Style) StrongStyle = same_letters(Style, "strong") && allocate_table(Hash);
 }
 
 namespace {
@@ -84,8 +90,9 @@ bool open_game_log() {
         LogFileHandle = nullptr;
     }
     if (LogGame != 1) return true;
-    LogFileHandle = std::fopen(LogFile, "a");
-    if (LogFileHandle == nullptr) report_file_error(LogFile, errno);
+    const char* path = log_path(LogFile);
+    LogFileHandle    = std::fopen(path, "a");
+    if (LogFileHandle == nullptr) report_file_error(path, errno);
     return LogFileHandle != nullptr;
 }
 
@@ -175,7 +182,8 @@ bool set_move_time(const char* line, std::int32_t& n) {
     return true;
 }
 
-void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes, Destination to) {
+void print_thinking(int depth, int score, std::int32_t elapsed, std::uint32_t nodes,
+                    Destination to) {
     output(to, "%2d %6d %6d %10ld ", depth, score, elapsed, long(nodes));
 }
 
@@ -240,8 +248,9 @@ SearchLimits search_limits(int max_depth) {
 
 BookResult probe_book(char* text) {
     if (Book != 1) return BookNoSuchKey;
-    const BookProbe probe = choose_book_move(BookFile, RandBook, text);
-    if (probe.result == BookNotOpened) report_file_error(BookFile, probe.error);
+    const char* file      = book_path(BookFile);
+    const BookProbe probe = choose_book_move(file, RandBook, text);
+    if (probe.result == BookNotOpened) report_file_error(file, probe.error);
     if (probe.result == BookFound && user_move(text) == 0) return BookNoSuchKey;
     return probe.result;
 }
@@ -259,7 +268,8 @@ void think(char* text) {
     SearchHooks hooks;
     hooks.report              = report_thinking;
     const SearchResult result = search_in_style(search_limits(MaxDepth), hooks);
-    if (result.score > MateBound) output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
+    if (result.score > MateBound)
+        output(Screen, "Mate in% d \n", (MateScore + 1 - result.score) / 2);
     if (result.score < -MateBound) output(Screen, "Mated to% d \n", (result.score + MateScore) / 2);
     text[0] = '\0';
     if (result.move == 0) return;

@@ -18,6 +18,7 @@ namespace {
 char Buffer[1 << 18];
 std::size_t Start = 0, End = 0;
 bool InputEnded   = false;
+bool Skipping     = false; // the rest of a line given up is dropped as it arrives
 
 long read_standard_input(char* buffer, std::size_t room) {
     for (;;) {
@@ -45,13 +46,24 @@ bool fill() {
         InputEnded = true;
         return false;
     }
-    End += std::size_t(n);
+    std::size_t got = std::size_t(n);
+    if (Skipping) {
+        char* fresh   = Buffer + End;
+        char* newline = static_cast<char*>(std::memchr(fresh, '\n', got));
+        if (!newline) return true; // all of it belongs to the line given up
+        Skipping                  = false;
+        const std::size_t dropped = std::size_t(newline - fresh) + 1;
+        std::memmove(fresh, fresh + dropped, got - dropped);
+        got -= dropped;
+    }
+    End += got;
     return true;
 }
 
 // The next byte, or -1 at the end of input.
 int next_byte() {
-    if (Start == End && !fill()) return -1;
+    while (Start == End)
+        if (!fill()) return -1;
     return static_cast<unsigned char>(Buffer[Start++]);
 }
 
@@ -61,6 +73,7 @@ void set_input_source(InputSource source) {
     Source     = source ? source : read_standard_input;
     Start      = End = 0;
     InputEnded = false;
+    Skipping   = false;
 }
 
 int read_line(char* line, int size) {
@@ -124,6 +137,13 @@ void take_waiting_lines(bool (*take)(void* context, const char* line), void* con
 }
 
 bool input_ended() { return InputEnded && Start == End; }
+
+bool input_full() { return End - Start == sizeof Buffer; }
+
+void skip_unfinished_line() {
+    while (End > Start && Buffer[End - 1] != '\n') --End;
+    Skipping = true;
+}
 
 void prepare_standard_streams() {
     // A standard stream that was closed on us gets /dev/null, opened for reading only: no file

@@ -5,6 +5,7 @@
 // The order matters: when the log is wanted but cannot be opened, the load stops there and the
 // book and time settings keep the values they had.
 void load_settings(const char* file_name) {
+    file_name = settings_path(file_name); // a package's own when the working folder has none
     for (std::size_t i = 0; i < SettingCount; ++i) {
         const SettingKey& key = SettingKeys[i];
         if (key.kind == TextSetting) {

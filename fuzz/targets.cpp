@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 
 #include "book/book.h"
 #include "eval/eval.h"
@@ -247,8 +248,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 #elif defined(FUZZ_TARGET_console) || defined(FUZZ_TARGET_xboard) || defined(FUZZ_TARGET_uci)
 // A whole session in process: the mode line, then the input's lines until "quit" or the end of
 // input. Before each line the depth and the move time are held to the fuzz budget again, the
-// perft benchmark ("test", half a minute) is skipped, and a session that has run four seconds
-// meets the end of its input.
+// perft benchmark ("test", half a minute, and "go perft") is skipped, a UCI "go" gets a node
+// limit, and a session that has run four seconds meets the end of its input.
 namespace {
 #if defined(FUZZ_TARGET_console)
 constexpr char ModeLine[] = "console\n";
@@ -262,12 +263,16 @@ std::size_t Size, Offset;
 std::uint32_t Started;
 bool ModeSent;
 
-// The line as the engine compares it (up to a NUL or the line end, a final CR taken off).
+// The line as the engine compares it (up to a NUL or the line end, a final CR taken off): the
+// console's "test", a UCI "go perft", which takes its depth from the line, or a table size of
+// gigabytes, which the fuzzer's memory would not hold.
 bool is_benchmark(const char* line, std::size_t length) {
     std::size_t n = 0;
     while (n < length && line[n] != '\0' && line[n] != '\n') ++n;
     if (n > 0 && line[n - 1] == '\r') --n;
-    return n == 4 && std::memcmp(line, "test", 4) == 0;
+    const std::string_view text(line, n);
+    return text == "test" || (text.find("go") != text.npos && text.find("perft") != text.npos) ||
+           text.find("Hash value") != text.npos;
 }
 
 long read_lines(char* buffer, std::size_t room) {
@@ -290,6 +295,18 @@ long read_lines(char* buffer, std::size_t room) {
         const std::size_t n = length < room ? length : room;
         std::memcpy(buffer, line, n);
         Offset -= length - n;
+#if defined(FUZZ_TARGET_uci)
+        // A "go" names its own limits: a node limit after them, where the engine sees the line
+        // end (a NUL ends it too), holds it to the budget.
+        constexpr char Limit[] = " nodes 2000\n";
+        std::size_t seen = 0;
+        while (seen < n && line[seen] != '\0' && line[seen] != '\r' && line[seen] != '\n') ++seen;
+        if (n == length && seen >= 2 && std::memcmp(line, "go", 2) == 0 && line[n - 1] == '\n' &&
+            room >= seen + sizeof Limit) {
+            std::memcpy(buffer + seen, Limit, sizeof Limit - 1);
+            return long(seen + sizeof Limit - 1);
+        }
+#endif
         return long(n);
     }
 }

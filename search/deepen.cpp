@@ -8,12 +8,33 @@
 
 namespace {
 
-void report(const SearchLimits& limits, const SearchHooks& hooks, int depth, int score,
-            const PrincipalVariation& line) {
+void report(const SearchLimits& limits, const SearchHooks& hooks, int depth, const Iterated& it,
+            int number) {
     if (!limits.post || !hooks.report) return;
-    const Iteration iteration{depth, score, std::int32_t(clock_ms() - limits.startTime),
-                              IterationNodeCount, &line};
+    const Iteration iteration{depth,       it.score, std::int32_t(clock_ms() - limits.startTime),
+                              IterationNodeCount, it.line, number, it.seldepth, it.hashfull,
+                              FinishedNodes};
     hooks.report(hooks.context, iteration);
+}
+
+// One depth: the best line, then, when more lines are asked for, the next best with the
+// moves of the lines found passed over at the root, each reported as it is found. The first
+// line's outcome is the depth's; a line that finds no move (none is left) ends the depth, and
+// a stopped line ends the deepening. results holds each line's result from the depth before.
+Iterated search_lines(const SearchStyle& style, const SearchLimits& limits,
+                      const SearchHooks& hooks, int depth, SearchResult* results, bool analysis) {
+    clear_excluded_root_moves();
+    Iterated first{};
+    for (int k = 0; k < limits.lines; ++k) {
+        const Iterated it = style.iterate(depth, results[k]);
+        FinishedNodes += IterationNodeCount;
+        if (k == 0) first = it;
+        if (k > 0 && it.line->length == 0) break;
+        if (it.finished || (analysis && it.shown)) report(limits, hooks, depth, it, k + 1);
+        if (!it.finished) break;
+        exclude_root_move(it.line->moves[0]);
+    }
+    return first;
 }
 
 // The classic iteration searches the root with the whole window. A stopped iteration's move is
@@ -23,11 +44,13 @@ Iterated classic_iteration(int depth, SearchResult& result) {
     start_iteration();
     const int score = search(std::uint32_t(depth), -Infinity, Infinity, RootVariation, MateScore);
     const bool finished = SearchStopped == 0;
-    if (RootVariation.length > 0 && (finished || result.move == 0))
-        result.move = RootVariation.moves[0];
+    if (RootVariation.length > 0 && (finished || result.move == 0)) {
+        result.move  = RootVariation.moves[0];
+        result.reply = RootVariation.length > 1 ? RootVariation.moves[1] : 0;
+    }
     result.score = score;
     result.depth = depth;
-    return {finished, true, score, &RootVariation};
+    return {finished, true, score, &RootVariation, 0, -1};
 }
 
 bool is_mate(int score, int) { return score > MateBound || score < -MateBound; }
@@ -39,19 +62,18 @@ constexpr SearchStyle Classic{2, start_search, classic_iteration, is_mate, true}
 
 } // namespace
 
-SearchResult deepen(const SearchStyle& style, const SearchLimits& limits, const SearchHooks& hooks) {
+SearchResult deepen(const SearchStyle& style, const SearchLimits& limits,
+                    const SearchHooks& hooks) {
     // The game leaves the search its reserve of records, which covers the deepest iteration.
     assert(stack_index() < StackSize - SearchReserve && limits.maxDepth <= MaxPly);
     style.start(limits, hooks);
-    SearchResult result{0, 0, 0};
+    SearchResult results[MaxLines] = {};
     for (int depth = style.firstDepth; depth <= limits.maxDepth; ++depth) {
-        const Iterated it = style.iterate(depth, result);
-        if (!it.finished) break;
-        report(limits, hooks, depth, it.score, *it.line);
-        if (style.ends(it.score, depth)) break;
+        const Iterated it = search_lines(style, limits, hooks, depth, results, false);
+        if (SearchStopped == 1 || style.ends(it.score, depth)) break;
     }
-    if (result.move == 0) result.move = first_legal_move();
-    return result;
+    if (results[0].move == 0) results[0] = {first_legal_move(), results[0].score, results[0].depth};
+    return results[0];
 }
 
 // Once stopped, by the clock or by the hook between iterations, the analysis ends.
@@ -59,10 +81,9 @@ void deepen_analysis(const SearchStyle& style, const SearchLimits& limits,
                      const SearchHooks& hooks) {
     assert(stack_index() < StackSize - SearchReserve && limits.maxDepth <= MaxPly);
     style.start(limits, hooks);
-    SearchResult result{0, 0, 0};
+    SearchResult results[MaxLines] = {};
     for (int depth = style.firstDepth; depth <= limits.maxDepth; ++depth) {
-        const Iterated it = style.iterate(depth, result);
-        if (it.finished || it.shown) report(limits, hooks, depth, it.score, *it.line);
+        const Iterated it = search_lines(style, limits, hooks, depth, results, true);
         if (style.ends(it.score, depth) || (!it.finished && !style.pollsWhenStopped)) return;
         if (hooks.analysis_ends && hooks.analysis_ends(hooks.context)) SearchStopped = 1;
         if (SearchStopped == 1) return;

@@ -8,7 +8,11 @@
 #include "search/search.h"
 
 PrincipalVariation RootVariation;
-std::int32_t SearchStopped = 0;
+thread_local constinit std::int32_t SearchStopped = 0;
+thread_local constinit bool IsHelperThread        = false;
+std::atomic<bool> StopHelpers{false};
+std::uint64_t FinishedNodes = 0;
+thread_local constinit bool RootMovesLimited = false;
 
 // A monotonic clock rather than the time of day: a step of the system clock (a time server, a
 // suspended laptop) cannot upset the budget of a move.
@@ -24,13 +28,21 @@ namespace {
 SearchLimits Limits{MaxPly, INT32_MAX, INT32_MAX, 0, false};
 SearchHooks Hooks;
 
-// Tests of the clock since the interruption hook was last asked.
-std::uint32_t TestsSinceAsked                 = 0;
-constexpr std::uint32_t InterruptionInterval = 2048;
+// The interruption hook is asked once the search has made InterruptionInterval more moves
+// since it was last asked (about a tenth of a millisecond for the classic style, a millisecond
+// for the strong one). A count, not the clock, decides, so that a scripted session reads its
+// lines at the same moments every time.
+std::uint64_t NextAsk                         = 0;
+constexpr std::uint64_t InterruptionInterval = 4096;
 
 // Quiescence moves since the clock was last read there.
 std::uint32_t QuiescenceMoves                   = 0;
 constexpr std::uint32_t QuiescenceClockInterval = 256;
+
+// The root moves of the lines already found at the depth in progress (the helpers of the strong
+// style search one line and find none).
+thread_local constinit Move Excluded[MaxLines]{};
+thread_local constinit int ExcludedCount = 0;
 
 } // namespace
 
@@ -38,21 +50,58 @@ void start_clock(const SearchLimits& limits, const SearchHooks& hooks) {
     Limits        = limits;
     Hooks         = hooks;
     SearchStopped = 0;
+    FinishedNodes = 0;
+    NextAsk       = InterruptionInterval;
+    clear_excluded_root_moves();
 }
 
-// Sets SearchStopped once the move's time (either limit) has passed, or when whoever started
-// the search says so; read after every move of every full-width node, so the search unwinds as
-// soon as the time is up.
+void restart_clock(const SearchLimits& limits) {
+    Limits.startTime = limits.startTime;
+    Limits.moveTime  = limits.moveTime;
+    Limits.budget    = limits.budget;
+    Limits.deadline  = limits.deadline;
+}
+
+// Sets SearchStopped once the move's time (either limit, in hundredths, or the deadline in
+// milliseconds) has passed, the node limit is reached, or whoever started the search says so;
+// read after every move of every full-width node, so the search unwinds as soon as it must.
 bool time_to_stop() {
     if (SearchStopped == 1) return true;
-    std::int32_t elapsed = std::int32_t(clock_ms() - Limits.startTime) / 10;
-    if (elapsed > Limits.moveTime || elapsed > Limits.budget ||
-        (Hooks.interrupted && ++TestsSinceAsked % InterruptionInterval == 0 &&
-         Hooks.interrupted(Hooks.context))) {
-        SearchStopped = 1;
-        return true;
+    if (IsHelperThread) {
+        SearchStopped = StopHelpers.load(std::memory_order_relaxed);
+        return SearchStopped == 1;
     }
+    const std::uint32_t elapsed_ms = clock_ms() - Limits.startTime;
+    const std::int32_t elapsed     = std::int32_t(elapsed_ms) / 10;
+    const std::uint64_t nodes      = FinishedNodes + IterationNodeCount;
+    bool stop = elapsed > Limits.moveTime || elapsed > Limits.budget ||
+                (Limits.deadline >= 0 && elapsed_ms >= std::uint32_t(Limits.deadline)) ||
+                (Limits.nodes && nodes >= Limits.nodes);
+    if (!stop && Hooks.interrupted && nodes >= NextAsk) {
+        NextAsk = nodes + InterruptionInterval;
+        stop    = Hooks.interrupted(Hooks.context);
+    }
+    if (stop) SearchStopped = 1;
+    return stop;
+}
+
+bool root_move_searched(Move m) {
+    for (int i = 0; i < ExcludedCount; ++i)
+        if (Excluded[i] == m) return false;
+    if (Limits.rootMoveCount == 0) return true;
+    for (int i = 0; i < Limits.rootMoveCount; ++i)
+        if (Limits.rootMoves[i] == m) return true;
     return false;
+}
+
+void exclude_root_move(Move m) {
+    if (ExcludedCount < MaxLines) Excluded[ExcludedCount++] = m;
+    RootMovesLimited = true;
+}
+
+void clear_excluded_root_moves() {
+    ExcludedCount    = 0;
+    RootMovesLimited = Limits.rootMoveCount > 0;
 }
 
 void start_search(const SearchLimits& limits, const SearchHooks& hooks) {
@@ -64,6 +113,17 @@ void start_iteration() {
     clear_killers();
     IterationNodeCount = 0;
 }
+
+namespace {
+
+// Beside the classic algorithm, for a UCI "go" with searchmoves or more than one best line only:
+// the root (the node with the whole mate score) passes over the moves it is not to search, as
+// if they were not there.
+inline bool passed_over(Move m, int mate_score) {
+    return mate_score == MateScore && RootMovesLimited && !root_move_searched(m);
+}
+
+} // namespace
 
 int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, int mate_score) {
     // Every node starts with an empty line, so one that returns early never hands its parent
@@ -93,6 +153,10 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
     generate_captures(captures);
     while (captures.count > 0) {
         Move m = pick_best_move(captures);
+        if (passed_over(m, mate_score)) {
+            --captures.count;
+            continue;
+        }
         if (!move_is_legal(m, ks)) {
             ++IterationNodeCount;
         } else {
@@ -124,6 +188,10 @@ int search(std::uint32_t depth, int alpha, int beta, PrincipalVariation& line, i
             if (!killers_left) history_to_end(quiets);
             Move m                          = quiets.moves[quiets.count - 1];
             quiets.moves[quiets.count - 1] = 0;
+            if (passed_over(m, mate_score)) {
+                --quiets.count;
+                continue;
+            }
             if (!move_is_legal(m, ks)) {
                 ++IterationNodeCount;
             } else {

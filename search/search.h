@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 
 #include "board/board.h"
@@ -34,13 +35,21 @@ inline void extend_line(PrincipalVariation& line, Move m, const PrincipalVariati
 // Milliseconds from a monotonic clock, wrapping as unsigned 32 bits.
 std::uint32_t clock_ms();
 
-// What one search of the engine's move, or one analysis, is given.
+// What one search of the engine's move, or one analysis, is given. The first five are what the
+// settings and the clocks give every front end; the others are what a UCI "go" may add.
+constexpr int MaxRootMoves = 256; // more than any position has
+constexpr int MaxLines     = 64;  // the most best lines one search reports
 struct SearchLimits {
     int maxDepth;            // the deepest iteration, 2 to MaxPly
     std::int32_t moveTime;   // the fixed limit per move, hundredths of a second
     std::int32_t budget;     // the time allocated to this move, hundredths of a second
     std::uint32_t startTime; // when the move's clock started, from clock_ms
     bool post;               // report the iterations as they finish
+    std::int32_t deadline = -1; // milliseconds after startTime; -1: none
+    std::uint64_t nodes   = 0;  // moves made by all iterations together; 0: no limit
+    int lines             = 1;  // how many best root moves each iteration reports, 1 to MaxLines
+    int rootMoveCount     = 0;  // when not 0, only these root moves are searched
+    Move rootMoves[MaxRootMoves] = {};
 };
 
 // An iteration as it is reported: the one just finished, or in an analysis also the one the
@@ -51,6 +60,10 @@ struct Iteration {
     std::int32_t elapsed; // milliseconds since startTime
     std::uint32_t nodes;  // moves made by the iteration, illegal tries and exchange trials included
     const PrincipalVariation* line;
+    int number   = 1;  // which of the best lines, from 1
+    int seldepth = 0;  // the deepest ply reached, or 0 where the style does not keep it
+    int hashfull = -1; // permille of the table in use by this search, or -1 without a table
+    std::uint64_t searchNodes = 0; // moves made by the whole search so far
 };
 
 // How a search talks to whoever started it. Any hook may be left empty.
@@ -64,19 +77,38 @@ struct SearchHooks {
 };
 
 // The move to play (0 when the side to move has none) and the score and depth of the last
-// iteration, finished or stopped: a mate score there is the mate the deepening ended on.
+// iteration, finished or stopped: a mate score there is the mate the deepening ended on. The
+// reply expected to it, the second move of its line, or 0.
 struct SearchResult {
     Move move;
     int score;
     int depth;
+    Move reply = 0;
 };
 
 // The clock and the stop signal of the search in progress, for both styles. start_clock takes
-// the limits and hooks; time_to_stop says whether the search must end: its time is up, or its
-// interruption hook (asked every 2048th time) says so; it sets SearchStopped.
-extern std::int32_t SearchStopped; // 1 once the current search must end
+// the limits and hooks; time_to_stop says whether the search must end: its time or its nodes
+// are used up, or its interruption hook (asked every few thousand moves) says so; it sets
+// SearchStopped.
+extern thread_local constinit std::int32_t SearchStopped; // 1 once the search must end
 void start_clock(const SearchLimits& limits, const SearchHooks& hooks);
 bool time_to_stop();
+// The threads that help the strong style's search: they have no clock and no hooks of their
+// own, and stop when told to by the thread that started the search.
+extern thread_local constinit bool IsHelperThread;
+extern std::atomic<bool> StopHelpers;
+// The time limits of the search in progress replaced by those of limits (a ponder search that
+// becomes the engine's own when the expected move is played).
+void restart_clock(const SearchLimits& limits);
+// Moves made by the iterations that have ended, for the node limit.
+extern std::uint64_t FinishedNodes;
+
+// The root moves an iteration searches: the limits' list when it has one, less the moves of the
+// lines already found at this depth. Both styles ask at their root while RootMovesLimited.
+extern thread_local constinit bool RootMovesLimited;
+bool root_move_searched(Move m);
+void exclude_root_move(Move m);
+void clear_excluded_root_moves();
 
 // The deepening driver both styles run: the style's iteration at each depth from its first,
 // reported as it finishes, until the last depth, a mate, the clock or the hooks end it.
@@ -85,12 +117,14 @@ struct Iterated {
     bool shown;    // whether an analysis reports it although it was stopped
     int score;     // the score reported
     const PrincipalVariation* line;
+    int seldepth; // as Iteration has them
+    int hashfull;
 };
 struct SearchStyle {
     int firstDepth;
     void (*start)(const SearchLimits& limits, const SearchHooks& hooks);
     // Searches the root to depth and brings result (the move to play, the score and the depth
-    // it stands on) up to date by the style's own rules.
+    // it stands on, the reply expected) up to date by the style's own rules.
     Iterated (*iterate)(int depth, SearchResult& result);
     // Whether the iteration's score ends the deepening: the mate it announces is found.
     bool (*ends)(int score, int depth);

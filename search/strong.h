@@ -13,6 +13,19 @@
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks);
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks);
 
+// Lazy SMP: the number of helper threads that search beside the one that starts a search, each
+// on its own copy of the game with its own keys, killers and history, sharing the table; they
+// are created here, when their number changes, and wait between searches. The starting thread
+// alone reads the clock and the hooks, decides when all stop and which move is played; a search
+// of several best lines runs on it alone.
+void set_helper_threads(int count);
+int helper_threads();
+// Between the strong style's files: the helpers start on a copy of the game up to the current
+// record and deepen to max_depth (helper_search) until stop_helpers, which waits for them.
+void start_helpers(int max_depth);
+void stop_helpers();
+void helper_search(int id, int max_depth);
+
 // The material the side to move wins with the capture or promotion m when both sides take back
 // on its square with their cheapest piece for as long as that pays (a swap list on the
 // bitboards; pins are not seen).
@@ -26,10 +39,11 @@ std::uint64_t key_after_move(std::uint64_t key, const Position& before, Move m,
                              const Position& after);
 std::uint64_t key_after_null_move(std::uint64_t key, const Position& before, const Position& after);
 
-// Transposition table: TableBuckets buckets of TableBucketSize entries (16 MiB), allocated once,
-// by allocate_table, when the strong style is first chosen. A bucket is found from the key's low
-// bits and an entry by its whole key. Scores are given and returned relative to the root, ply
-// plies above the node; mate scores are kept relative to the node.
+// Transposition table: buckets of TableBucketSize entries, as many as fit the megabytes asked for
+// (rounded down to a power of two), allocated by allocate_table when the strong style is first
+// chosen and again when its size changes. A bucket is found from the key's low bits and an entry
+// by its whole key. Scores are given and returned relative to the root, ply plies above the
+// node; mate scores are kept relative to the node.
 enum Bound : std::uint8_t { NoBound = 0, UpperBound = 1, LowerBound = 2, ExactBound = 3 };
 struct TableEntry {
     std::uint64_t key;
@@ -39,10 +53,14 @@ struct TableEntry {
     std::uint8_t boundAndAge; // Bound in bits 0-1, the search's generation in bits 2-7
 };
 static_assert(sizeof(TableEntry) == 16);
-constexpr int TableBucketSize      = 4; // 64 bytes, one cache line
-constexpr std::size_t TableBuckets = 1 << 18;
-bool allocate_table(); // false when the memory is not to be had
+constexpr int TableBucketSize = 4;  // 64 bytes, one cache line
+constexpr int DefaultTableMegabytes = 16;
+// A table of about the given size, emptied; false, with the table as it was, when the memory
+// is not to be had. Asking again for the size in use keeps the table and its entries.
+bool allocate_table(int megabytes = DefaultTableMegabytes);
+std::size_t table_buckets();
 void clear_table();
 void age_table(); // a new search: entries of earlier ones are replaced first
+int table_permille(); // entries of this search among the first thousand, a sample of the table
 bool probe_table(std::uint64_t key, int ply, TableEntry& found);
 void store_table(std::uint64_t key, int depth, int score, Bound bound, Move move, int ply);

@@ -16,25 +16,29 @@ namespace {
 constexpr int PlyLimit = 96;
 static_assert(PlyLimit + 2 < SearchReserve);
 
+// Each thread of the search keeps what follows for itself.
+//
 // The key of every record from the root up, kept beside the position stack: a record's key is
 // set when the move or pass that made it is made.
-std::array<std::uint64_t, StackSize> Keys;
+thread_local constinit std::array<std::uint64_t, StackSize> Keys{};
 
 // Ordering: two killers a ply, a history counter per side and from-to pair.
-std::array<std::array<Move, 2>, PlyLimit + 1> Killers;
-std::array<std::array<std::array<int, 64>, 64>, 2> History;
+thread_local constinit std::array<std::array<Move, 2>, PlyLimit + 1> Killers{};
+thread_local constinit std::array<std::array<std::array<int, 64>, 64>, 2> History{};
 constexpr int HistoryMax = 16384;
 
 // The iteration in progress: its depth, and the best root move searched to the end with its
-// score (0 when none has been yet).
-int RootDepth;
-Move RootBest;
-int RootScore;
+// score (0 when none has been yet), and its line.
+thread_local constinit int RootDepth  = 0;
+thread_local constinit Move RootBest  = 0;
+thread_local constinit int RootScore  = 0;
+thread_local constinit int SelDepth   = 0; // the deepest ply the iteration has reached
+thread_local constinit PrincipalVariation RootLine{};
 // The static score of each node on the path (-Infinity in check): a side whose score has risen
 // since its last move is improving, and is pruned less.
-std::array<int, PlyLimit + 1> StaticEvals;
-std::uint32_t QuiescenceNodes;
-constexpr std::uint32_t QuiescenceClockInterval = 1024;
+thread_local constinit std::array<int, PlyLimit + 1> StaticEvals{};
+thread_local constinit std::uint32_t QuiescenceNodes = 0;
+constexpr std::uint32_t QuiescenceClockInterval      = 1024;
 
 // Margins and counts of the pruning, in hundredths of a pawn and in plies.
 constexpr int ReverseFutilityDepth = 6, ReverseFutilityMargin = 80;
@@ -82,7 +86,8 @@ constexpr bool is_quiet(Move m) { return !is_capture(m) && move_promotion(m) == 
 int tactical_score(const Position& p, Move m, int generator_score) {
     if (generator_score < 0) return UnderPromotionScore + generator_score;
     const int mover = moving_piece(m), victim = piece_type_at(p, move_to(m));
-    if (ExchangeValue[victim] < ExchangeValue[mover] && move_promotion(m) == 0 && exchange_gain(m) < 0)
+    if (ExchangeValue[victim] < ExchangeValue[mover] && move_promotion(m) == 0 &&
+        exchange_gain(m) < 0)
         return BadCaptureScore + generator_score;
     return GoodCaptureScore + generator_score;
 }
@@ -190,6 +195,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         if (alpha >= beta) return alpha;
     }
     if (ply >= PlyLimit) return strong_evaluate(*CurrentPosition);
+    if (ply > SelDepth) SelDepth = ply;
 
     // Step 2. Check extension: a side in check is searched a ply deeper (while the line is not
     // more than twice the iteration's depth), so the horizon never falls inside a check.
@@ -246,6 +252,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     PrincipalVariation child;
     for (int i = 0; i < list.count; ++i) {
         const Move m = pick_move(list, i);
+        if (root && RootMovesLimited && !root_move_searched(m)) continue;
         if (!move_is_legal(m, ks)) continue;
         ++legal;
         const bool quiet = is_quiet(m);
@@ -335,6 +342,8 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
 
     // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate.
     if (legal == 0) return checkers ? -MateScore + ply : 0;
+    // A root that passed over some of its moves has no result of its own to keep.
+    if (root && RootMovesLimited) return best;
     const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
     store_table(key, depth, best, bound, best_move, ply);
     return best;
@@ -347,6 +356,7 @@ int quiescence(int alpha, int beta, int ply) {
     if (p.repetitions >= 1) return 0;
     if (ply >= PlyLimit) return strong_evaluate(*CurrentPosition);
     if (++QuiescenceNodes % QuiescenceClockInterval == 0 && time_to_stop()) return 0;
+    if (ply > SelDepth) SelDepth = ply;
 
     const std::uint64_t key = Keys[stack_index()];
     TableEntry entry;
@@ -405,6 +415,7 @@ int quiescence(int alpha, int beta, int ply) {
 int search_iteration(int depth, int previous, PrincipalVariation& line) {
     RootDepth          = depth;
     IterationNodeCount = 0;
+    SelDepth           = 0;
     int delta = AspirationWindow, alpha = -Infinity, beta = Infinity;
     if (depth >= AspirationDepth && previous > -MateBound && previous < MateBound) {
         alpha = previous - delta;
@@ -425,11 +436,9 @@ int search_iteration(int depth, int previous, PrincipalVariation& line) {
     }
 }
 
-// The clock, a new generation in the table, the root's key, and the ordering of the last search
-// kept at half weight.
-void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
-    start_clock(limits, hooks);
-    age_table();
+// A thread's start of a search: the root's key, and the ordering of its last search kept at
+// half weight.
+void prepare_thread() {
     Keys[stack_index()] = position_key(*CurrentPosition);
     for (auto& pair : Killers) pair = {0, 0};
     for (auto& side : History)
@@ -439,8 +448,14 @@ void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
     RootScore       = 0;
 }
 
-// The line of the iteration in progress.
-PrincipalVariation RootLine;
+// The clock, a new generation in the table, the thread's start, and the helpers woken when the
+// search looks for one best line.
+void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
+    start_clock(limits, hooks);
+    age_table();
+    prepare_thread();
+    if (limits.lines == 1) start_helpers(limits.maxDepth);
+}
 
 // The move is the best root move searched to the end, which a stopped iteration may have
 // changed; the score and depth are those of the last finished iteration, or of the stopped one
@@ -449,15 +464,20 @@ PrincipalVariation RootLine;
 Iterated strong_iteration(int depth, SearchResult& result) {
     RootBest        = 0;
     const int score = search_iteration(depth, result.score, RootLine);
+    // The line's second move is the reply expected to the best move while the line starts with it.
+    const Move reply =
+        RootLine.length > 1 && RootLine.moves[0] == RootBest ? RootLine.moves[1] : 0;
     if (SearchStopped == 1) {
-        if (result.depth == 0)
-            result = {RootBest, RootScore, depth};
-        else if (RootBest != 0)
-            result.move = RootBest;
-        return {false, RootBest != 0, RootScore, &RootLine};
+        if (result.depth == 0) {
+            result = {RootBest, RootScore, depth, reply};
+        } else if (RootBest != 0) {
+            result.move  = RootBest;
+            result.reply = reply;
+        }
+        return {false, RootBest != 0, RootScore, &RootLine, SelDepth, table_permille()};
     }
-    result = {RootBest, score, depth};
-    return {true, true, score, &RootLine};
+    result = {RootBest, score, depth, reply};
+    return {true, true, score, &RootLine, SelDepth, table_permille()};
 }
 
 // A mate the iteration has seen all the way: its distance in plies is within the depth. A
@@ -473,11 +493,28 @@ constexpr SearchStyle Strong{1, start_strong_search, strong_iteration, mate_seen
 } // namespace
 
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks) {
-    return deepen(Strong, limits, hooks);
+    const SearchResult result = deepen(Strong, limits, hooks);
+    stop_helpers();
+    return result;
 }
 
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
     deepen_analysis(Strong, limits, hooks);
+    stop_helpers();
+}
+
+// A helper deepens as the main thread does, without reports, every other helper a ply ahead,
+// until it is told to stop or has searched to max_depth.
+void helper_search(int id, int max_depth) {
+    SearchStopped = 0;
+    clear_excluded_root_moves();
+    prepare_thread();
+    for (int depth = 1 + id % 2, score = 0; depth <= max_depth; ++depth) {
+        RootBest        = 0;
+        const int found = search_iteration(depth, score, RootLine);
+        if (SearchStopped == 1) return;
+        score = found;
+    }
 }
 
 // The swap list (a known method): gain[d] is what the side making the d-th capture has won if

@@ -1,10 +1,11 @@
 // Position keys and the transposition table of the strong search: Zobrist keys of the board as
-// White sees it, and a table of fixed size allocated once, when the strong style is chosen.
+// White sees it, and a table the search's threads share, allocated when the strong style is
+// chosen and when its size changes.
 #include "search/strong.h"
 
+#include <atomic>
 #include <cassert>
-#include <cstdlib>
-#include <cstring>
+#include <new>
 
 namespace {
 
@@ -48,17 +49,49 @@ constexpr std::uint64_t state_key(const Position& p) {
            (p.blackToMove ? Zobrist[BlackKey] : 0);
 }
 
-// The table: buckets of TableBucketSize entries, one cache line each. Generation counts the
-// searches, so an entry of an earlier move is replaced before a deeper one of this move.
-TableEntry* Table            = nullptr;
+// The table: buckets of TableBucketSize slots, one cache line each. A slot holds an entry's data
+// (move, score, depth, bound and age in 64 bits) and its key exclusive-ored with that data; the
+// threads of a search read and write both words with relaxed atomics, and a slot whose two words
+// come from two different stores does not give back its key, so it is taken for another
+// position's. Generation counts the searches, so an entry of an earlier move is replaced before
+// a deeper one of this move.
+struct Slot {
+    std::atomic<std::uint64_t> check, data;
+};
+struct alignas(64) Bucket {
+    Slot slots[TableBucketSize];
+};
+static_assert(sizeof(Bucket) == 64);
+
+Bucket* Table                = nullptr;
+std::size_t Buckets          = 0; // a power of two
 std::uint8_t Generation      = 0;
 constexpr int GenerationMask = 0x3F; // six bits beside the two of the bound
 
-TableEntry* bucket_of(std::uint64_t key) {
-    return Table + (key & (TableBuckets - 1)) * TableBucketSize;
-}
+Bucket& bucket_of(std::uint64_t key) { return Table[key & (Buckets - 1)]; }
 
 int age_of(const TableEntry& e) { return (Generation - (e.boundAndAge >> 2)) & GenerationMask; }
+
+constexpr std::uint64_t pack(const TableEntry& e) {
+    return std::uint64_t(e.move) | std::uint64_t(std::uint16_t(e.score)) << 32 |
+           std::uint64_t(e.depth) << 48 | std::uint64_t(e.boundAndAge) << 56;
+}
+constexpr TableEntry unpack(std::uint64_t key, std::uint64_t data) {
+    return {key, Move(data), std::int16_t(std::uint16_t(data >> 32)), std::uint8_t(data >> 48),
+            std::uint8_t(data >> 56)};
+}
+static_assert(pack(unpack(1, 0xFEDCBA9876543210ull)) == 0xFEDCBA9876543210ull);
+
+TableEntry read(const Slot& slot) {
+    const std::uint64_t data = slot.data.load(std::memory_order_relaxed);
+    return unpack(slot.check.load(std::memory_order_relaxed) ^ data, data);
+}
+
+void write(Slot& slot, const TableEntry& entry) {
+    const std::uint64_t data = pack(entry);
+    slot.data.store(data, std::memory_order_relaxed);
+    slot.check.store(entry.key ^ data, std::memory_order_relaxed);
+}
 
 } // namespace
 
@@ -98,33 +131,51 @@ std::uint64_t key_after_null_move(std::uint64_t key, const Position& before,
     return key ^ state_key(before) ^ state_key(after);
 }
 
-bool allocate_table() {
-    if (Table) return true;
-    Table = static_cast<TableEntry*>(
-        std::aligned_alloc(64, TableBuckets * TableBucketSize * sizeof(TableEntry)));
-    if (Table) clear_table();
-    return Table != nullptr;
+bool allocate_table(int megabytes) {
+    std::size_t buckets = 1;
+    while (buckets * 2 * sizeof(Bucket) <= std::size_t(megabytes) << 20) buckets *= 2;
+    if (Table && buckets == Buckets) return true;
+    Bucket* table = new (std::nothrow) Bucket[buckets];
+    if (!table) return false;
+    delete[] Table;
+    Table   = table;
+    Buckets = buckets;
+    clear_table();
+    return true;
 }
 
+std::size_t table_buckets() { return Buckets; }
+
 void clear_table() {
-    std::memset(static_cast<void*>(Table), 0, TableBuckets * TableBucketSize * sizeof(TableEntry));
+    for (std::size_t i = 0; i < Buckets; ++i)
+        for (Slot& slot : Table[i].slots) write(slot, TableEntry{0, 0, 0, 0, NoBound});
     Generation = 0;
 }
 
 void age_table() { Generation = std::uint8_t((Generation + 1) & GenerationMask); }
 
+int table_permille() {
+    int used = 0;
+    for (std::size_t i = 0; i < 250 && i < Buckets; ++i)
+        for (const Slot& slot : Table[i].slots) {
+            const TableEntry e = read(slot);
+            used += (e.boundAndAge & 3) != NoBound && age_of(e) == 0;
+        }
+    return used;
+}
+
 // A mate score is kept as the distance from the node, not from the root, so it stays true
 // wherever the position is met again.
 bool probe_table(std::uint64_t key, int ply, TableEntry& found) {
     assert(Table);
-    const TableEntry* bucket = bucket_of(key);
-    for (int i = 0; i < TableBucketSize; ++i)
-        if (bucket[i].key == key && (bucket[i].boundAndAge & 3) != NoBound) {
-            found = bucket[i];
-            if (found.score > MateBound) found.score = std::int16_t(found.score - ply);
-            if (found.score < -MateBound) found.score = std::int16_t(found.score + ply);
-            return true;
-        }
+    for (const Slot& slot : bucket_of(key).slots) {
+        const TableEntry e = read(slot);
+        if (e.key != key || (e.boundAndAge & 3) == NoBound) continue;
+        found = e;
+        if (found.score > MateBound) found.score = std::int16_t(found.score - ply);
+        if (found.score < -MateBound) found.score = std::int16_t(found.score + ply);
+        return true;
+    }
     return false;
 }
 
@@ -132,22 +183,26 @@ bool probe_table(std::uint64_t key, int ply, TableEntry& found) {
 // else the one whose depth, less four plies a search of age, is lowest.
 void store_table(std::uint64_t key, int depth, int score, Bound bound, Move move, int ply) {
     assert(Table && depth >= 0 && depth < 256);
-    TableEntry* bucket = bucket_of(key);
-    TableEntry* slot   = &bucket[0];
-    for (int i = 0; i < TableBucketSize; ++i) {
-        if (bucket[i].key == key) {
+    Bucket& bucket = bucket_of(key);
+    Slot* slot     = &bucket.slots[0];
+    TableEntry old = read(*slot);
+    for (Slot& candidate : bucket.slots) {
+        const TableEntry e = read(candidate);
+        if (e.key == key) {
             // A shallower result of this search (a quiescence one above all) keeps the deeper
             // one's place, unless it is exact.
-            if (bound != ExactBound && depth + 3 < bucket[i].depth && age_of(bucket[i]) == 0) return;
-            slot = &bucket[i];
-            if (move == 0) move = slot->move;
+            if (bound != ExactBound && depth + 3 < e.depth && age_of(e) == 0) return;
+            slot = &candidate;
+            if (move == 0) move = e.move;
             break;
         }
-        if (bucket[i].depth - 4 * age_of(bucket[i]) < slot->depth - 4 * age_of(*slot))
-            slot = &bucket[i];
+        if (e.depth - 4 * age_of(e) < old.depth - 4 * age_of(old)) {
+            slot = &candidate;
+            old  = e;
+        }
     }
     if (score > MateBound) score += ply;
     if (score < -MateBound) score -= ply;
-    *slot = TableEntry{key, move, std::int16_t(score), std::uint8_t(depth),
-                       std::uint8_t(bound | Generation << 2)};
+    write(*slot, TableEntry{key, move, std::int16_t(score), std::uint8_t(depth),
+                            std::uint8_t(bound | Generation << 2)});
 }

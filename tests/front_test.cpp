@@ -70,12 +70,36 @@ TEST(FrontEnds, FourHundredMoveGames) {
     load_settings("absent.ini");
 }
 
-// "stop" after "go infinite" gives one answer, and "isready" during the search is answered.
+// During "go infinite" a line that must wait hides neither the "stop" nor the "isready" behind
+// it: one answer each, then the waiting line runs.
 TEST(FrontEnds, UciStopsWhenAsked) {
     load_settings("absent.ini");
     Book = 0;
-    const std::string out = session(uci_loop, "position startpos\ngo infinite\nstop\nisready\nquit\n");
+    const std::string out = session(
+        uci_loop, "position startpos\ngo infinite\ndebug off\nsetoption name Ponder value x\nstop\n"
+                  "isready\n");
     EXPECT_EQ(count_of(out, "bestmove "), 1);
     EXPECT_EQ(count_of(out, "readyok"), 1);
+    EXPECT_EQ(count_of(out, "Ponder takes true or false"), 1);
     load_settings("absent.ini");
+}
+
+// Each "go" has the limits it names and no others; a clock is the side to move's, with Black to
+// move btime and binc (less the 10 ms of overhead): 59999 of 600000 hundredths against 100,
+// ahead, so 15 moves, 3999 each, and the 200 of increment is spare. movestogo 5, fewer than 20,
+// is the divisor (behind and short of time: 5 + 5 + 5 moves for 2999).
+TEST(FrontEnds, UciGoLimits) {
+    set_up("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
+    const SearchLimits clocks = uci_go_limits("go wtime 1000 btime 600000 winc 5000 binc 2000");
+    EXPECT_EQ(clocks.budget, 4199);
+    EXPECT_EQ(clocks.maxDepth, MaxPly);
+    EXPECT_EQ(uci_go_limits("go wtime 30000 btime 30000 movestogo 5").budget, 199);
+    const SearchLimits depth = uci_go_limits("go depth 9");
+    EXPECT_EQ(depth.maxDepth, 9);
+    EXPECT_EQ(depth.budget, INT32_MAX);
+    EXPECT_EQ(depth.moveTime, INT32_MAX);
+    const SearchLimits movetime = uci_go_limits("go movetime 1500 nodes 99");
+    EXPECT_EQ(movetime.deadline, 1500);
+    EXPECT_EQ(movetime.nodes, 99u);
+    EXPECT_EQ(movetime.budget, INT32_MAX);
 }

@@ -1,5 +1,5 @@
-// The classic style: evaluation and exchanges worked out by hand; the search's results pinned
-// to their scores, node counts and lines; draws and mates; the clock in a capture storm.
+// The classic style: its evaluation worked out by hand; the search's results pinned to their
+// scores, node counts and lines; draws and mates; the clock in a capture storm.
 #include <cstring>
 
 #include "eval/eval.h"
@@ -32,34 +32,6 @@ TEST(Eval, HandWorkedPositions) {
         EXPECT_EQ(evaluate(), -c.expected);
         flip_position();
         EXPECT_EQ(std::memcmp(CurrentPosition, &before, sizeof before), 0);
-    }
-}
-
-TEST(See, HandWorkedExchanges) {
-    const struct {
-        const char* fen;
-        const char* move;
-        int expected;
-    } cases[] = {
-        {"4k3/8/8/3n4/8/8/8/3RK3 w - - 0 1", "d1d5", 300},           // undefended knight
-        {"6k1/8/2p5/3n4/4P3/8/8/6K1 w - - 0 1", "e4d5", 200},        // pawn takes back
-        {"6k1/8/8/4p3/3N4/2P5/8/6K1 b - - 0 1", "e5d4", 200},        // the same for Black
-        {"6k1/8/2p5/3p4/8/8/8/3QK3 w - - 0 1", "d1d5", -850},        // queen for a pawn
-        {"3q2k1/8/8/3n4/4P3/8/8/3R2K1 w - - 0 1", "e4d5", 1150},     // 300 - (100 - 950)
-        {"3r2k1/8/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", 300},      // the rook behind joins
-        {"3r2k1/3r4/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", -200},   // Black has the last word
-        {"6k1/8/4p3/3b4/8/2N5/8/6K1 w - - 0 1", "c3d5", 0},          // knight for bishop
-        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 1", "e5d6", -100},       // en passant gains 0 first
-        {"7r/1P6/8/8/8/8/8/k5K1 w - - 0 1", "b7b8q", -950},          // promotion onto the rook's
-        {"6k1/5p2/8/8/8/8/8/5RK1 w - - 0 1", "f1f7", -400},          // the king takes back
-        {"6k1/5p2/8/8/2B5/8/8/5RK1 w - - 0 1", "f1f7", 100},         // ...but not onto a held square
-        {"4r1k1/8/8/8/8/8/p3R3/4K3 w - - 0 1", "e2a2", 0},           // the pinned rook's capture
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.fen) + " " + c.move);
-        set_up(c.fen);
-        EXPECT_EQ(see(tactical(c.move)), c.expected);
-        EXPECT_EQ(CurrentPosition, &PositionStack[0]);
     }
 }
 

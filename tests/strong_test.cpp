@@ -1,6 +1,6 @@
 // The strong style: its table under key collisions and with mate scores, its keys along random
-// games, its exchange values worked out by hand, facts about its evaluation that any tuning
-// keeps, and tactics both styles solve at a fixed depth.
+// games, both styles' exchange values worked out by hand, facts about its evaluation that any
+// tuning keeps, and tactics both styles solve at a fixed depth.
 #include "eval/eval.h"
 #include "search/strong.h"
 #include "tests/support.h"
@@ -18,7 +18,7 @@ class Strong : public testing::Test {
 // Keys of one bucket (equal low bits) never answer for each other; a full bucket gives up its
 // shallowest entry.
 TEST_F(Strong, CollidingKeysKeepTheirOwnEntries) {
-    const std::uint64_t a = 0x5A5A, b = a + TableBuckets * 3;
+    const std::uint64_t a = 0x5A5A, b = a + table_buckets() * 3;
     TableEntry e;
     store_table(a, 5, 40, ExactBound, 0x0102, 0);
     EXPECT_FALSE(probe_table(b, 0, e));
@@ -31,7 +31,7 @@ TEST_F(Strong, CollidingKeysKeepTheirOwnEntries) {
     EXPECT_EQ(e.score, -15);
     EXPECT_EQ(e.boundAndAge & 3, LowerBound);
     for (std::uint64_t i = 2; i <= 4; ++i)
-        store_table(a + TableBuckets * 3 * i, 8, 0, ExactBound, 0, 0);
+        store_table(a + table_buckets() * 3 * i, 8, 0, ExactBound, 0, 0);
     EXPECT_TRUE(probe_table(a, 0, e));
     EXPECT_FALSE(probe_table(b, 0, e));
 }
@@ -75,29 +75,37 @@ TEST_F(Strong, KeysFollowTheMoves) {
     EXPECT_EQ(keys[0], keys[1]);
 }
 
-// The swap list: each side may stop taking back where that pays, sliders behind a capturer join
-// the exchange, en passant and promotions gain from their first step, pins are not seen.
-TEST(StrongExchange, HandWorkedSwaps) {
+// The exchange values of both styles, worked out by hand. The classic one plays the exchange
+// out on the stack, legal recaptures only, each forced, and its first step onto an empty square
+// gains nothing; the strong one's swap list lets each side stop where that pays, counts en
+// passant and a promotion from the first step, and does not see pins.
+TEST(Exchanges, BothStylesByHand) {
     const struct {
         const char* fen;
         const char* move;
-        int expected;
+        int classic, strong;
     } cases[] = {
-        {"4k3/8/8/3n4/8/8/8/3RK3 w - - 0 1", "d1d5", 300},          // undefended knight
-        {"6k1/8/2p5/3n4/4P3/8/8/6K1 w - - 0 1", "e4d5", 200},       // pawn takes back
-        {"6k1/8/2p5/3p4/8/8/8/3QK3 w - - 0 1", "d1d5", -850},       // queen for a pawn
-        {"3q2k1/8/8/3n4/4P3/8/8/3R2K1 w - - 0 1", "e4d5", 300},     // the queen does not take back
-        {"3r2k1/3r4/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", -200},  // Black has the last word
-        {"3r2k1/8/8/3p4/8/8/3R4/3Q2K1 w - - 0 1", "d2d5", 100},     // the queen behind joins
-        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 1", "e5d6", 0},         // en passant, pawn for pawn
-        {"7r/1P6/8/8/8/8/8/k5K1 w - - 0 1", "b7b8q", -100},         // the new queen is taken
-        {"6k1/5p2/8/8/2B5/8/8/5RK1 w - - 0 1", "f1f7", 100},        // the king keeps off
-        {"4r1k1/8/8/8/8/8/p3R3/4K3 w - - 0 1", "e2a2", 100},        // the pin is not seen
+        {"4k3/8/8/3n4/8/8/8/3RK3 w - - 0 1", "d1d5", 300, 300},       // undefended knight
+        {"6k1/8/2p5/3n4/4P3/8/8/6K1 w - - 0 1", "e4d5", 200, 200},    // pawn takes back
+        {"6k1/8/8/4p3/3N4/2P5/8/6K1 b - - 0 1", "e5d4", 200, 200},    // the same for Black
+        {"6k1/8/2p5/3p4/8/8/8/3QK3 w - - 0 1", "d1d5", -850, -850},   // queen for a pawn
+        {"3q2k1/8/8/3n4/4P3/8/8/3R2K1 w - - 0 1", "e4d5", 1150, 300}, // forced: 300 - (100 - 950)
+        {"3r2k1/8/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", 300, 300},  // the rook behind joins
+        {"3r2k1/3r4/8/3n4/8/8/3R4/3R2K1 w - - 0 1", "d2d5", -200, -200}, // Black has the last word
+        {"3r2k1/8/8/3p4/8/8/3R4/3Q2K1 w - - 0 1", "d2d5", 100, 100},     // the queen behind joins
+        {"6k1/8/4p3/3b4/8/2N5/8/6K1 w - - 0 1", "c3d5", 0, 0},           // knight for bishop
+        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 1", "e5d6", -100, 0},        // en passant
+        {"7r/1P6/8/8/8/8/8/k5K1 w - - 0 1", "b7b8q", -950, -100},        // the new queen is taken
+        {"6k1/5p2/8/8/8/8/8/5RK1 w - - 0 1", "f1f7", -400, -400},        // the king takes back
+        {"6k1/5p2/8/8/2B5/8/8/5RK1 w - - 0 1", "f1f7", 100, 100}, // ...but not onto a held square
+        {"4r1k1/8/8/8/8/8/p3R3/4K3 w - - 0 1", "e2a2", 0, 100},   // the pinned rook's capture
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.fen) + " " + c.move);
         set_up(c.fen);
-        EXPECT_EQ(exchange_gain(tactical(c.move)), c.expected);
+        EXPECT_EQ(see(tactical(c.move)), c.classic);
+        EXPECT_EQ(exchange_gain(tactical(c.move)), c.strong);
+        EXPECT_EQ(CurrentPosition, &PositionStack[0]);
     }
 }
 
@@ -120,7 +128,8 @@ TEST(StrongEval, RelationsThatAnyTuningKeeps) {
         EXPECT_GT(score, before) << pawn;
         before = score;
     }
-    const char* const Middlegame = "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R1BQK2R w KQkq - 0 1";
+    const char* const Middlegame =
+        "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2NBPN2/PP3PPP/R1BQK2R w KQkq - 0 1";
     const int full = strong_score(Middlegame);
     for (const char* without : {"r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/3BPN2/PP3PPP/R1BQK2R w KQkq - 0 1",
                                 "r1bqk2r/pp2bppp/2n1pn2/3p4/3P4/2N1PN2/PP3PPP/R1BQK2R w KQkq - 0 1",

@@ -11,19 +11,5 @@ start_job() {
     fi
 }
 
-# One match inside xboard, headless under a virtual X server: xboard_match DIR SECONDS OPTION...
-# quillfern ($ENGINE) is the first engine, started in DIR/engine; the options name the second
-# engine and the clock. Games go to DIR/games.pgn, the protocol traffic to DIR/debug.txt, the
-# exit status of xboard (or of the timeout of SECONDS) to DIR/status.
-xboard_match() {
-    dir=$1
-    limit=$2
-    shift 2
-    HOME=$dir/home timeout -k 10 "$limit" xvfb-run -a xboard -noGUI \
-        -fcp "$ENGINE" -fd "$dir/engine" -sd "$dir/opponent" "$@" \
-        -autoCallFlag true -adjudicateDrawMoves 120 \
-        -saveGameFile "$dir/games.pgn" \
-        -debug -nameOfDebugFile "$dir/debug.txt" -engineDebugOutput 1 \
-        > "$dir/xboard.out" 2>&1
-    echo $? > "$dir/status"
-}
+# xboard_match DIR SECONDS OPTION...: the one xboard invocation, shared with the test run.
+. "$(dirname "$0")/../tests/gui/xboard.sh"

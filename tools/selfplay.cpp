@@ -86,23 +86,11 @@ bool winning_capture() {
     return false;
 }
 
-// A search of the strong style stopped after about `limit` moves made: the finished iterations'
-// moves are counted as they are reported, the one in progress by its running count.
-struct NodeBudget {
-    std::uint64_t done, limit;
-};
+// A search of the strong style stopped after `limit` moves made, on one thread.
 SearchResult search_nodes(std::uint64_t limit) {
-    NodeBudget budget{0, limit};
-    SearchHooks hooks;
-    hooks.context = &budget;
-    hooks.report  = [](void* context, const Iteration& it) {
-        static_cast<NodeBudget*>(context)->done += it.nodes;
-    };
-    hooks.interrupted = [](void* context) {
-        const NodeBudget& b = *static_cast<NodeBudget*>(context);
-        return b.done + IterationNodeCount >= b.limit;
-    };
-    return strong_search_move({MaxPly, INT32_MAX, INT32_MAX, clock_ms(), true}, hooks);
+    SearchLimits limits{MaxPly, INT32_MAX, INT32_MAX, clock_ms(), false};
+    limits.nodes = limit;
+    return strong_search_move(limits, SearchHooks{});
 }
 
 // Plays random legal plies from the start; false when the game ended on the way.

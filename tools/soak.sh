@@ -48,8 +48,10 @@ play_match() {
     # Fairy-Max plays differently when told its opponent is a program: keep it quiet.
     [ "$opponent" = fairymax ] && extra="-secondComputerString"
     # shellcheck disable=SC2086
-    xboard_match "$dir" $((GAMES * 90 + 60)) -scp "$(command -v "$opponent")" ${extra:+$extra ""} \
-        -matchGames "$GAMES" -xexit $clock
+    xboard_match "$dir" $((GAMES * 90 + 60)) -fcp "$ENGINE" -fd "$dir/engine" -sd "$dir/opponent" \
+        -scp "$(command -v "$opponent")" ${extra:+$extra ""} -matchGames "$GAMES" -xexit $clock \
+        -adjudicateDrawMoves 120
+    echo $? > "$dir/status"
 }
 
 started=$(date +%s)

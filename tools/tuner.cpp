@@ -119,7 +119,7 @@ double mean_error(const Data& data, const Weights& w, double k, bool on_held_out
         sum += e * e;
         ++n;
     }
-    return sum / double(n);
+    return n ? sum / double(n) : 0;
 }
 
 // K by golden-section search on the error of the starting weights.

@@ -6,7 +6,8 @@
 #
 # usage: [TC=M:SS] [UCI=1] xboard_match.sh ENGINE WORK_DIR [GAMES [BOOK]]
 # TC is the time for 40 moves (default 0:20). With a book file the engine opens from it. With
-# UCI=1 xboard speaks UCI to the engine, through the polyglot adapter it starts for one.
+# UCI=1 xboard speaks UCI to the engine, through the polyglot adapter it starts for one, and
+# both engines ponder.
 # Exits 77 (skipped) when xboard, xvfb-run, xauth, fairymax or (for UCI) polyglot is missing.
 set -u
 PATH=$PATH:/usr/games
@@ -28,12 +29,10 @@ fail() { echo "FAILED: $* (traffic in $WORK/debug.txt, games in $WORK/games.pgn)
 
 # xboard sends "level 40 0:20 0", the minutes:seconds form; a game that drags on is called a draw
 # after 100 moves. Fairy-Max plays differently when told its opponent is a program: it is not.
-HOME=$WORK/home timeout -k 10 600 xvfb-run -a xboard -noGUI \
-    -fcp "$ENGINE" -fd "$WORK/engine" $([ "$UCI" = 1 ] && echo -fUCI) \
+. "$(dirname "$0")/xboard.sh"
+xboard_match "$WORK" 600 -fcp "$ENGINE" -fd "$WORK/engine" $([ "$UCI" = 1 ] && echo -fUCI -ponder) \
     -scp "$(command -v fairymax)" -sd "$WORK/opponent" -secondComputerString "" \
-    -matchGames "$GAMES" -xexit -mps 40 -tc "$TC" -autoCallFlag true -adjudicateDrawMoves 100 \
-    -saveGameFile "$WORK/games.pgn" -debug -nameOfDebugFile "$WORK/debug.txt" \
-    -engineDebugOutput 1 > "$WORK/xboard.out" 2>&1
+    -matchGames "$GAMES" -xexit -mps 40 -tc "$TC" -adjudicateDrawMoves 100
 status=$?
 [ "$status" -eq 0 ] || fail "xboard ended with status $status (124: it did not end in time)"
 grep -q "^[0-9]* >first : level 40 $TC 0\$" "$WORK/debug.txt" || fail "no time control as minutes:seconds"
