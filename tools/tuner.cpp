@@ -3,11 +3,14 @@
 // first, then the weights, by Adam on the mean squared error against the games' results. Writes
 // the weights as the C++ header the build compiles.
 //
-//   tuner OUT_HEADER EPOCHS DATA...
+//   tuner [-b] [-r RATE] [-l LAMBDA] OUT_HEADER EPOCHS DATA...
 //
 // DATA files hold "FEN RESULT" lines (tools/selfplay), RESULT 1, 0.5 or 0 for White. The
 // weights start from the ones compiled in; a weight that counts in fewer than MinUses positions
-// keeps its value. Every position's score from its trace is checked against the evaluation's.
+// keeps its value, and so do the material and square tables with -b. RATE is Adam's step
+// (default 1), LAMBDA the weight of the pull towards the starting values (default 1e-8). Every
+// tenth block of positions is held out and its error printed. Every position's score from its
+// trace is checked against the evaluation's.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
