@@ -4,6 +4,7 @@
 # file's command), removed with dpkg -r on any exit, and nothing of it left behind.
 set -eu
 cd "$(dirname "$0")/../.."
+root=$(pwd)
 fail() { echo "FAILED: $*" >&2; exit 1; }
 [ "$(id -u)" = 0 ] || fail "installing a package needs root"
 known() { dpkg-query -W quillfern > /dev/null 2>&1; }
@@ -51,17 +52,15 @@ grep -q '^info depth 3 ' ../uci && grep -q '^bestmove [a-h][1-8][a-h][1-8]' ../u
 /usr/games/quillfern bench 6 classic | tail -n 2 | grep -q '^Nodes searched: 27162852$' ||
     fail "quillfern bench: not the classic signature"
 
-# One game inside xboard, the engine started by its plugin file's command in xboard's folder;
-# both sides search 4 plies a move (quick, and no clock to lose on a busy machine).
-xboard_game() { # COMMAND WORK
-    PATH=/usr/local/bin:/usr/bin:/bin:/usr/games timeout -k 10 300 xvfb-run -a xboard -noGUI \
-        -fcp "$1" -scp fairymax -sd "$2/opponent" -secondComputerString "" -matchGames 1 -xexit \
-        -searchDepth 4 -mps 40 -tc 5 -autoCallFlag true -adjudicateDrawMoves 100 \
-        -saveGameFile "$2/games.pgn" -debug -nameOfDebugFile "$2/debug.txt" > "$2/xboard.out" 2>&1
-}
+# One game inside xboard, the engine started by its plugin file's command in xboard's folder
+# with a user's PATH; both sides search 4 plies a move (quick, and no clock to lose on a busy
+# machine).
+. "$root/tests/gui/xboard.sh"
 plugin=/usr/share/games/plugins/xboard/quillfern.eng
 [ "$(sed -n '1p;3p' "$plugin" | tr '\n' ' ')" = "plugin spec 0.0 chess " ] || fail "$plugin"
-xboard_game "$(sed -n 2p "$plugin")" "$work" || fail "xboard ended with status $?"
+PATH=/usr/local/bin:/usr/bin:/bin:/usr/games xboard_match "$work" 300 -fcp "$(sed -n 2p "$plugin")" \
+    -scp fairymax -sd "$work/opponent" -secondComputerString "" -matchGames 1 -xexit \
+    -searchDepth 4 -mps 40 -tc 5 -adjudicateDrawMoves 100 || fail "xboard ended with status $?"
 grep -q '^\[White "quillfern' ../games.pgn && grep -q '^\[Result "\(1-0\|0-1\|1/2-1/2\)"\]' ../games.pgn ||
     fail "no game in xboard: $(cat ../xboard.out)"
 ! grep -q '^\[Result "0-1"' ../games.pgn || ! grep -v '^\[' ../games.pgn |
