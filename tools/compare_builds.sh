@@ -28,10 +28,10 @@ run() {
            RATE=$(printf '%s\n' "$out" | sed -n 's/^Raw nodes per second: //p')
            SIGNATURE=$(printf '%s\n' "$out" | sed -n 's/^Total nodes: //p') ;;
     classic) out=$("$1/search_bench" 6)
-           RATE=$(printf '%s\n' "$out" | sed -n 's/^Rate: \([0-9]*\) .*/\1/p')
+           RATE=$(printf '%s\n' "$out" | sed -n 's/^Rate: \([0-9]*\) .*/\1/p; s/^Nodes\/second: //p')
            SIGNATURE=$(printf '%s\n' "$out" | grep '^Signature') ;;
     strong) out=$("$1/search_bench" 12 strong)
-           RATE=$(printf '%s\n' "$out" | sed -n 's/^Rate: \([0-9]*\) .*/\1/p')
+           RATE=$(printf '%s\n' "$out" | sed -n 's/^Rate: \([0-9]*\) .*/\1/p; s/^Nodes\/second: //p')
            SIGNATURE=$(printf '%s\n' "$out" | grep '^Strong signature') ;;
     esac
 }
