@@ -272,14 +272,16 @@ sprt() {
     echo "games so far: $(grep -c -v '^#' "$RESULTS"), cap $CAP, $PARALLEL at a time"
 
     declare -A slot_of
-    local busy=() running=0 empty=0 slot pid verdict done_games summary last=""
+    local busy=() running=0 empty=0 slot pid verdict decided=0 done_games summary last=""
     while :; do
         done_games=$(grep -c -v '^#' "$RESULTS")
         summary=$(summarize A B "$ELO0" "$ELO1" < "$RESULTS")
         verdict=$?
+        # The first bound crossed decides; the pairs still in play only finish.
+        [ "$decided" = 0 ] && decided=$verdict
         [ "$summary" = "$last" ] || echo "$(date +%H:%M:%S) $summary"
         last=$summary
-        if [ "$verdict" = 0 ] && [ $((done_games + running * BATCH)) -lt "$CAP" ]; then
+        if [ "$decided" = 0 ] && [ $((done_games + running * BATCH)) -lt "$CAP" ]; then
             for ((slot = 1; slot <= PARALLEL; slot++)); do
                 [ -z "${busy[slot]:-}" ] || continue
                 [ $((done_games + running * BATCH)) -lt "$CAP" ] || break
@@ -302,7 +304,7 @@ sprt() {
             die "three pairs ended without a game; see $WORK/slot$slot/xboard.out and debug.txt"
         fi
     done
-    case $verdict in
+    case $decided in
         11) echo "H1 accepted: A is $ELO1 Elo stronger rather than $ELO0"; exit 0 ;;
         10) echo "H0 accepted: A is not $ELO1 Elo stronger, rather $ELO0"; exit 1 ;;
         *) echo "no decision after $done_games games (cap $CAP)"; exit 2 ;;
