@@ -241,7 +241,9 @@ bool poll_input(void*) {
 } // namespace
 
 SearchLimits search_limits(int max_depth) {
-    return {max_depth, moveTime, allocatedTime, SearchStartTime, PostThinking == 1};
+    SearchLimits limits{max_depth, moveTime, allocatedTime, SearchStartTime, PostThinking == 1};
+    limits.clockLeft = engineTime;
+    return limits;
 }
 
 BookResult probe_book(char* text) {

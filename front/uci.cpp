@@ -305,7 +305,8 @@ void apply_clocks(const GoRequest& go, SearchLimits& limits) {
     const std::int32_t them = go.clocks[1 - us] >= 0 ? saturate_centis(go.clocks[1 - us] / 10) : own;
     const std::int32_t inc  = go.clocks[2 + us] > 0 ? saturate_centis(go.clocks[2 + us] / 10) : 0;
     const int moves = go.movestogo > 0 && go.movestogo < SuddenDeath ? int(go.movestogo) : SuddenDeath;
-    limits.budget   = allocate_time(own > 0 ? own : 0, them, inc, moves).allocated;
+    limits.budget    = allocate_time(own > 0 ? own : 0, them, inc, moves).allocated;
+    limits.clockLeft = own > 0 ? own : 0;
 }
 
 // The limits of the search "go" asks for. A bare "go" has the settings' depth and time; any
@@ -313,6 +314,7 @@ void apply_clocks(const GoRequest& go, SearchLimits& limits) {
 SearchLimits go_limits(const GoRequest& go) {
     SearchLimits limits = search_limits(MaxDepth);
     limits.budget       = INT32_MAX;
+    limits.clockLeft    = INT32_MAX;
     limits.post         = true; // PostThinking decides what is printed, not what is reported
     limits.lines        = MultiPV;
     if (!go.named) return limits;

@@ -47,6 +47,8 @@ struct SearchLimits {
     bool post;               // report the iterations as they finish
     std::int32_t deadline = -1; // milliseconds after startTime; -1: none
     std::uint64_t nodes   = 0;  // moves made by all iterations together; 0: no limit
+    std::int32_t clockLeft = INT32_MAX; // the engine's clock, hundredths (the strong style's
+                                        // time management keeps within a share of it)
     int lines             = 1;  // how many best root moves each iteration reports, 1 to MaxLines
     int rootMoveCount     = 0;  // when not 0, only these root moves are searched
     Move rootMoves[MaxRootMoves] = {};
