@@ -1,9 +1,9 @@
 // The game the front ends share: the game-control variables, the settings in effect and their
 // table, the game log and every write to standard output, the engine's turn, its move and the
 // analysis, the end of a game, and the dispatch of a command table.
+#include <cctype>
 #include <cerrno>
 #include <charconv>
-#include <cctype>
 #include <cstdarg>
 #include <cstring>
 
@@ -243,7 +243,9 @@ bool poll_input(void*) {
 } // namespace
 
 SearchLimits search_limits(int max_depth) {
-    return {max_depth, moveTime, allocatedTime, SearchStartTime, PostThinking == 1};
+    SearchLimits limits{max_depth, moveTime, allocatedTime, SearchStartTime, PostThinking == 1};
+    limits.clockLeft = engineTime;
+    return limits;
 }
 
 BookResult probe_book(char* text) {
@@ -290,7 +292,7 @@ void analyze(int max_depth) {
 // by the book's thinking line: the engine searches instead.
 bool engine_turn(char* text, void (*announce)(const char* text)) {
     if (GameOver != 0 || EngineColor != CurrentPosition->blackToMove) return false;
-    SearchStartTime        = clock_ms();
+    SearchStartTime       = clock_ms();
     const BookResult book = probe_book(text);
     if (book == BookTooManyMoves)
         output(Screen, "#DEBUG: Too many moves in this position (max=%d)\n", MaxBookMoves);

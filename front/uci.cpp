@@ -215,7 +215,7 @@ struct GoRequest {
     std::int64_t clocks[4] = {-1, -1, -1, -1}; // wtime, btime, winc, binc
     std::int64_t movestogo = -1, depth = -1, movetime = -1, nodes = -1, mate = -1, perft = -1;
     bool infinite = false, ponder = false;
-    bool named    = false; // any limit at all: a bare "go" takes the settings' limits
+    bool named        = false; // any limit at all: a bare "go" takes the settings' limits
     int rootMoveCount = 0;
     Move rootMoves[MaxRootMoves];
 };
@@ -303,13 +303,14 @@ GoRequest read_go(const char* line) {
 void apply_clocks(const GoRequest& go, SearchLimits& limits) {
     const int us = CurrentPosition->blackToMove;
     if (go.clocks[us] < 0) return;
-    const std::int32_t own  = saturate_centis((go.clocks[us] - MoveOverhead) / 10);
+    const std::int32_t own = saturate_centis((go.clocks[us] - MoveOverhead) / 10);
     const std::int32_t them =
         go.clocks[1 - us] >= 0 ? saturate_centis(go.clocks[1 - us] / 10) : own;
-    const std::int32_t inc  = go.clocks[2 + us] > 0 ? saturate_centis(go.clocks[2 + us] / 10) : 0;
+    const std::int32_t inc = go.clocks[2 + us] > 0 ? saturate_centis(go.clocks[2 + us] / 10) : 0;
     const int moves =
         go.movestogo > 0 && go.movestogo < SuddenDeath ? int(go.movestogo) : SuddenDeath;
-    limits.budget   = allocate_time(own > 0 ? own : 0, them, inc, moves).allocated;
+    limits.budget    = allocate_time(own > 0 ? own : 0, them, inc, moves).allocated;
+    limits.clockLeft = own > 0 ? own : 0;
 }
 
 // The limits of the search "go" asks for. A bare "go" has the settings' depth and time; any
@@ -317,6 +318,7 @@ void apply_clocks(const GoRequest& go, SearchLimits& limits) {
 SearchLimits go_limits(const GoRequest& go) {
     SearchLimits limits = search_limits(MaxDepth);
     limits.budget       = INT32_MAX;
+    limits.clockLeft    = INT32_MAX;
     limits.post         = true; // PostThinking decides what is printed, not what is reported
     limits.lines        = MultiPV;
     if (!go.named) return limits;
@@ -338,8 +340,8 @@ struct Search {
     bool infinite  = false; // waits for "stop" when its depth runs out
     bool pondering = false; // waits for "ponderhit" or "stop"
     bool stop = false, quit = false;
-    bool goWaits = false;   // a "go" waits to run after this search: so do the lines after it
-    SearchLimits onHit;     // the clock the search takes at "ponderhit"
+    bool goWaits = false; // a "go" waits to run after this search: so do the lines after it
+    SearchLimits onHit;   // the clock the search takes at "ponderhit"
 };
 
 // A line that arrived during the search. "isready" is answered at once; "stop", "quit" and
@@ -448,8 +450,8 @@ void move_text(char* text, Move m) {
 Then perft_divide(std::int64_t depth) {
     if (depth < 1) return info("go perft needs a depth of 1 or more");
     Move moves[MaxGameMoves];
-    int count          = 0;
-    std::uint64_t sum  = 0;
+    int count         = 0;
+    std::uint64_t sum = 0;
     generate_moves(moves, count);
     for (int i = 0; i < count; ++i) {
         char text[6];
@@ -484,9 +486,9 @@ void answer(Move move, Move reply) {
 Then go(const char* line) {
     const GoRequest request = read_go(line);
     if (request.perft >= 0) return perft_divide(request.perft);
-    SearchStartTime = clock_ms();
-    char move[8]    = "";
-    const bool book = !request.infinite && !request.ponder && request.rootMoveCount == 0;
+    SearchStartTime        = clock_ms();
+    char move[8]           = "";
+    const bool book        = !request.infinite && !request.ponder && request.rootMoveCount == 0;
     const BookResult probe = book ? probe_book(move) : BookNoSuchKey;
     if (probe == BookFound) {
         info("book move %s", move);

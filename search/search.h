@@ -15,7 +15,7 @@
 constexpr int MateScore     = 30000;
 constexpr int MateBound     = 28999; // beyond +-MateBound a score announces a mate
 constexpr int Infinity      = 99999;
-constexpr int MaxPly        = 32;    // the deepest iteration, and the most "sd" accepts
+constexpr int MaxPly        = 32; // the deepest iteration, and the most "sd" accepts
 constexpr int StoredPvMoves = 12;
 
 // A line of play: its true length, and its first twelve moves.
@@ -40,15 +40,17 @@ std::uint32_t clock_ms();
 constexpr int MaxRootMoves = 256; // more than any position has
 constexpr int MaxLines     = 64;  // the most best lines one search reports
 struct SearchLimits {
-    int maxDepth;            // the deepest iteration, 2 to MaxPly
-    std::int32_t moveTime;   // the fixed limit per move, hundredths of a second
-    std::int32_t budget;     // the time allocated to this move, hundredths of a second
-    std::uint32_t startTime; // when the move's clock started, from clock_ms
-    bool post;               // report the iterations as they finish
-    std::int32_t deadline = -1; // milliseconds after startTime; -1: none
-    std::uint64_t nodes   = 0;  // moves made by all iterations together; 0: no limit
-    int lines             = 1;  // how many best root moves each iteration reports, 1 to MaxLines
-    int rootMoveCount     = 0;  // when not 0, only these root moves are searched
+    int maxDepth;                       // the deepest iteration, 2 to MaxPly
+    std::int32_t moveTime;              // the fixed limit per move, hundredths of a second
+    std::int32_t budget;                // the time allocated to this move, hundredths of a second
+    std::uint32_t startTime;            // when the move's clock started, from clock_ms
+    bool post;                          // report the iterations as they finish
+    std::int32_t deadline  = -1;        // milliseconds after startTime; -1: none
+    std::uint64_t nodes    = 0;         // moves made by all iterations together; 0: no limit
+    std::int32_t clockLeft = INT32_MAX; // the engine's clock, hundredths (the strong style's
+                                        // time management keeps within a share of it)
+    int lines         = 1; // how many best root moves each iteration reports, 1 to MaxLines
+    int rootMoveCount = 0; // when not 0, only these root moves are searched
     Move rootMoves[MaxRootMoves] = {};
 };
 
@@ -68,7 +70,7 @@ struct Iteration {
 
 // How a search talks to whoever started it. Any hook may be left empty.
 struct SearchHooks {
-    void* context = nullptr;
+    void* context                                             = nullptr;
     void (*report)(void* context, const Iteration& iteration) = nullptr;
     // Asked now and then while searching: true stops the search at once.
     bool (*interrupted)(void* context) = nullptr;
@@ -143,8 +145,8 @@ struct TimeBudget {
     int moves;
     std::int32_t allocated;
 };
-TimeBudget allocate_time(std::int32_t engineTime, std::int32_t opponentTime,
-                         std::int32_t increment, int suddenDeath);
+TimeBudget allocate_time(std::int32_t engineTime, std::int32_t opponentTime, std::int32_t increment,
+                         int suddenDeath);
 
 // What both styles' ordering and exchanges share: two killer slots, where a new killer becomes
 // the first and the old first the second (storing the first again changes nothing), and the

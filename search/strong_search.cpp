@@ -4,6 +4,7 @@
 // deepening for the engine's move and for the analysis.
 #include "search/strong.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "eval/eval.h"
@@ -29,10 +30,10 @@ constexpr int HistoryMax = 16384;
 
 // The iteration in progress: its depth, and the best root move searched to the end with its
 // score (0 when none has been yet), and its line.
-thread_local constinit int RootDepth  = 0;
-thread_local constinit Move RootBest  = 0;
-thread_local constinit int RootScore  = 0;
-thread_local constinit int SelDepth   = 0; // the deepest ply the iteration has reached
+thread_local constinit int RootDepth = 0;
+thread_local constinit Move RootBest = 0;
+thread_local constinit int RootScore = 0;
+thread_local constinit int SelDepth  = 0; // the deepest ply the iteration has reached
 thread_local constinit PrincipalVariation RootLine{};
 // The static score of each node on the path (-Infinity in check): a side whose score has risen
 // since its last move is improving, and is pruned less.
@@ -215,7 +216,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     // Step 4. Pruning before any move, away from the principal line and out of check.
     const int static_eval = checkers ? -Infinity : strong_evaluate(*CurrentPosition);
     StaticEvals[ply]      = static_eval;
-    const bool improving = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
+    const bool improving  = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
                                          static_eval > StaticEvals[ply - 2]);
     if (!pv && !checkers) {
         // Reverse futility: so far above beta that a shallow search would not come down.
@@ -264,12 +265,12 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         bool prune = false;
         if (late && !pv) {
             const int late_moves = improving ? 3 + depth * depth : (3 + depth * depth) / 2;
-            prune = quiet ? (depth <= LateMoveDepth && quiets_tried >= late_moves) ||
+            prune                = quiet ? (depth <= LateMoveDepth && quiets_tried >= late_moves) ||
                                 (depth <= FutilityDepth &&
                                  static_eval + FutilityBase + FutilityPerPly * depth <= alpha) ||
                                 (depth <= QuietExchangeDepth &&
                                  exchange_gain(m) < -QuietExchangeMargin * depth)
-                          : depth <= ExchangePruneDepth && list.scores[i] < 0 &&
+                                         : depth <= ExchangePruneDepth && list.scores[i] < 0 &&
                                 exchange_gain(m) < -ExchangePruneMargin * depth;
         }
         make_keyed_move(m);
@@ -448,10 +449,58 @@ void prepare_thread() {
     RootScore       = 0;
 }
 
+// Time management of the engine's move, when its budget binds (a clock rather than a fixed
+// time per move): the search is cut at a hard limit, a multiple of the budget within a share of
+// the clock, and a new iteration starts only while the time spent is below a soft limit, a
+// share of the budget stretched when the best move has just changed or the score has dropped,
+// and shortened when one move has held for many iterations.
+constexpr int SoftPercent = 60, HardFactor = 3, ClockPercent = 25;
+constexpr int ChangedPercent = 150, DroppedPercent = 130, DroppedBy = 30;
+constexpr int StableIterations = 6, StablePercent = 60;
+struct TimeKeeper {
+    bool managed;        // whether the soft limit applies
+    std::int32_t soft;   // hundredths of a second
+    std::uint32_t start; // from clock_ms
+    Move lastBest;
+    int lastScore, stable; // iterations the best move has held
+};
+TimeKeeper Time{};
+bool ManageTime = false; // set for the engine's move, not for an analysis
+
+void start_time(const SearchLimits& limits) {
+    Time = {ManageTime && limits.lines == 1 && limits.budget < limits.moveTime,
+            0,
+            limits.startTime,
+            0,
+            0,
+            0};
+    if (!Time.managed) return;
+    Time.soft         = std::int32_t(std::int64_t(limits.budget) * SoftPercent / 100);
+    SearchLimits hard = limits;
+    hard.budget       = std::int32_t(std::min(std::int64_t(limits.budget) * HardFactor,
+                                              std::int64_t(limits.clockLeft) * ClockPercent / 100));
+    if (hard.budget < limits.budget) hard.budget = limits.budget;
+    restart_clock(hard);
+}
+
+// Whether the time spent, after the iteration to depth that found score, ends the deepening.
+bool out_of_time(int score, int depth) {
+    if (!Time.managed) return false;
+    Time.stable = RootBest == Time.lastBest ? Time.stable + 1 : 0;
+    int percent = Time.stable == 0 && depth > 1 ? ChangedPercent : 100;
+    if (depth > 1 && score < Time.lastScore - DroppedBy) percent = percent * DroppedPercent / 100;
+    if (Time.stable >= StableIterations) percent = percent * StablePercent / 100;
+    Time.lastBest              = RootBest;
+    Time.lastScore             = score;
+    const std::int64_t elapsed = (clock_ms() - Time.start) / 10;
+    return elapsed >= std::int64_t(Time.soft) * percent / 100;
+}
+
 // The clock, a new generation in the table, the thread's start, and the helpers woken when the
 // search looks for one best line.
 void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
     start_clock(limits, hooks);
+    start_time(limits);
     age_table();
     prepare_thread();
     if (limits.lines == 1) start_helpers(limits.maxDepth);
@@ -465,8 +514,7 @@ Iterated strong_iteration(int depth, SearchResult& result) {
     RootBest        = 0;
     const int score = search_iteration(depth, result.score, RootLine);
     // The line's second move is the reply expected to the best move while the line starts with it.
-    const Move reply =
-        RootLine.length > 1 && RootLine.moves[0] == RootBest ? RootLine.moves[1] : 0;
+    const Move reply = RootLine.length > 1 && RootLine.moves[0] == RootBest ? RootLine.moves[1] : 0;
     if (SearchStopped == 1) {
         if (result.depth == 0) {
             result = {RootBest, RootScore, depth, reply};
@@ -487,18 +535,25 @@ bool mate_seen(int score, int depth) {
            (score < -MateBound && MateScore + score <= depth);
 }
 
+// The deepening ends at a mate seen all the way, or when the time management says so.
+bool strong_ends(int score, int depth) {
+    return mate_seen(score, depth) || out_of_time(score, depth);
+}
+
 // The strong style deepens from one ply, and its analysis stops with the clock.
-constexpr SearchStyle Strong{1, start_strong_search, strong_iteration, mate_seen, false};
+constexpr SearchStyle Strong{1, start_strong_search, strong_iteration, strong_ends, false};
 
 } // namespace
 
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks) {
+    ManageTime                = true;
     const SearchResult result = deepen(Strong, limits, hooks);
     stop_helpers();
     return result;
 }
 
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
+    ManageTime = false;
     deepen_analysis(Strong, limits, hooks);
     stop_helpers();
 }
