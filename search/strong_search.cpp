@@ -160,6 +160,8 @@ void make_null_move() {
 }
 
 int quiescence(int alpha, int beta, int ply);
+int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& line,
+                bool null_allowed);
 
 // Whether the side to move may pass: not in check, and not with only king and pawns, where
 // passing is often the best move and zugzwang is the rule.
@@ -174,6 +176,164 @@ bool settles_window(const TableEntry& entry, int alpha, int beta) {
     const int bound = entry.boundAndAge & 3;
     return bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
            (bound == UpperBound && entry.score <= alpha);
+}
+
+// Step 4 of a node: pruning before any move, away from the principal line and out of check.
+// True when the node is cut, with its score in cut (0 once the search is stopped).
+bool cut_before_moves(int depth, int beta, int ply, int static_eval, bool improving,
+                      bool null_allowed, int& cut) {
+    // Reverse futility: so far above beta that a shallow search would not come down.
+    if (depth <= ReverseFutilityDepth && beta > -MateBound && beta < MateBound &&
+        static_eval - ReverseFutilityMargin * (depth - improving) >= beta) {
+        cut = static_eval;
+        return true;
+    }
+    // Null move: if passing still holds beta, a real move will too (zugzwang aside).
+    if (!null_allowed || depth < NullMoveDepth || static_eval < beta || !null_move_allowed())
+        return false;
+    int reduction = NullMoveBase + depth / 4;
+    reduction +=
+        (static_eval - beta) / NullMoveDivisor < 3 ? (static_eval - beta) / NullMoveDivisor : 3;
+    PrincipalVariation child;
+    make_null_move();
+    const int score = -search_node(depth - 1 - reduction, -beta, -beta + 1, ply + 1, child, false);
+    take_back();
+    if (SearchStopped == 1) {
+        cut = 0;
+        return true;
+    }
+    cut = score > MateBound ? beta : score;
+    return score >= beta;
+}
+
+// What a node knows before its moves, for the steps that judge them.
+struct NodeView {
+    int depth, ply, staticEval;
+    bool pv, improving;
+    Bitboard checkers;
+};
+
+// Step 6: whether a late move is not worth a search: a late quiet move near the horizon (fewer
+// when not improving), a quiet move that cannot bring the score up to alpha or that loses the
+// piece, a capture that loses too much. (A move that gives check is searched all the same.)
+bool not_worth_search(const NodeView& node, Move m, int order_score, int alpha, int quiets_tried) {
+    const int depth = node.depth;
+    if (!is_quiet(m))
+        return depth <= ExchangePruneDepth && order_score < 0 &&
+               exchange_gain(m) < -ExchangePruneMargin * depth;
+    const int late_moves = node.improving ? 3 + depth * depth : (3 + depth * depth) / 2;
+    return (depth <= LateMoveDepth && quiets_tried >= late_moves) ||
+           (depth <= FutilityDepth &&
+            node.staticEval + FutilityBase + FutilityPerPly * depth <= alpha) ||
+           (depth <= QuietExchangeDepth && exchange_gain(m) < -QuietExchangeMargin * depth);
+}
+
+// Step 7: the reduction of a late quiet move that neither gives nor escapes check, less for
+// the principal line, killers and a good history, more when the node is not improving.
+int late_reduction(const NodeView& node, int legal, int order_score) {
+    const int depth = node.depth;
+    int reduction   = Reductions[depth < 63 ? depth : 63][legal < 63 ? legal : 63];
+    if (node.pv) --reduction;
+    if (!node.improving) ++reduction;
+    if (order_score >= KillerScore)
+        --reduction;
+    else
+        reduction -= order_score / (HistoryMax / 2);
+    if (reduction > depth - 2) reduction = depth - 2;
+    return reduction < 0 ? 0 : reduction;
+}
+
+// Step 8: a quiet move that refutes teaches the killers and the history; the quiet moves tried
+// before it (the first 64 kept in tried) lose what it gains.
+void reward_refutation(Move m, int depth, int ply, const Move* tried, int quiets_tried) {
+    insert_killer(Killers[ply], m);
+    const int bonus = depth * depth < 1200 ? depth * depth : 1200;
+    auto& history   = History[CurrentPosition->blackToMove];
+    const int n     = quiets_tried < 64 ? quiets_tried : 64;
+    for (int j = 0; j < n - 1; ++j)
+        update_history(history[move_from(tried[j])][move_to(tried[j])], -bonus);
+    update_history(history[move_from(m)][move_to(m)], bonus);
+}
+
+// Step 7. Principal variation search: the first move with the whole window, the others with a
+// null window to prove them worse, reduced when late and quiet, and a move that proves better
+// searched again in full.
+int principal_variation_search(const NodeView& node, int legal, int reduction, int alpha, int beta,
+                               PrincipalVariation& child) {
+    const int depth = node.depth, ply = node.ply;
+    if (legal == 1) return -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
+    int score = -search_node(depth - 1 - reduction, -alpha - 1, -alpha, ply + 1, child, true);
+    if (score > alpha && reduction > 0)
+        score = -search_node(depth - 1, -alpha - 1, -alpha, ply + 1, child, true);
+    if (score > alpha && score < beta)
+        score = -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
+    return score;
+}
+
+// Keeps the first 64 quiet moves a node has tried, for the history, and counts them all.
+void remember_quiet(Move* tried, int& quiets_tried, Move m) {
+    if (quiets_tried < 64) tried[quiets_tried] = m;
+    ++quiets_tried;
+}
+
+// Steps 5 to 9 of a node: its moves, best first, and what the best of them teaches the table.
+int search_moves(const NodeView& node, int alpha, int beta, Move table_move, std::uint64_t key,
+                 PrincipalVariation& line) {
+    const int depth = node.depth, ply = node.ply;
+    const bool root = ply == 0;
+    OrderedMoves list;
+    order_moves(list, table_move, ply, true);
+    const KingSafety ks = king_safety();
+    const int old_alpha = alpha;
+    int best = -Infinity, legal = 0, quiets_tried = 0;
+    Move best_move = 0;
+    Move tried[64];
+    PrincipalVariation child;
+    for (int i = 0; i < list.count; ++i) {
+        const Move m = pick_move(list, i);
+        if (root && RootMovesLimited && !root_move_searched(m)) continue;
+        if (!move_is_legal(m, ks)) continue;
+        ++legal;
+        const bool quiet = is_quiet(m);
+        const bool prune = !root && !node.checkers && best > -MateBound && !node.pv &&
+                           not_worth_search(node, m, list.scores[i], alpha, quiets_tried);
+        make_keyed_move(m);
+        const bool gives_check = in_check() != 0;
+        if (prune && !gives_check) {
+            take_back();
+            continue;
+        }
+        const int reduction = legal > 1 && depth >= 3 && quiet && !node.checkers && !gives_check
+                                  ? late_reduction(node, legal, list.scores[i])
+                                  : 0;
+        const int score = principal_variation_search(node, legal, reduction, alpha, beta, child);
+        take_back();
+        if (SearchStopped == 1) return 0;
+        if (quiet) remember_quiet(tried, quiets_tried, m);
+
+        if (score > best) {
+            best = score;
+            if (score > alpha) {
+                best_move = m;
+                extend_line(line, m, child);
+                if (root) RootBest = m, RootScore = score;
+                if (score >= beta) {
+                    if (quiet) reward_refutation(m, depth, ply, tried, quiets_tried);
+                    break;
+                }
+                alpha = score;
+            }
+        }
+        if (time_to_stop()) return 0;
+    }
+
+    // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate.
+    if (legal == 0) return node.checkers ? -MateScore + ply : 0;
+    // A root that passed over some of its moves has no result of its own to keep.
+    if (root && RootMovesLimited) return best;
+    const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
+    store_table(key, depth, best, bound, best_move, ply);
+    return best;
 }
 
 // Returns the score of the node within the window (fail-soft: a bound outside it when it
@@ -213,141 +373,21 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
         if (!pv && entry.depth >= depth && settles_window(entry, alpha, beta)) return entry.score;
     }
 
-    // Step 4. Pruning before any move, away from the principal line and out of check.
+    // Step 4. Pruning before any move.
     const int static_eval = checkers ? -Infinity : strong_evaluate(*CurrentPosition);
     StaticEvals[ply]      = static_eval;
     const bool improving  = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
                                          static_eval > StaticEvals[ply - 2]);
-    if (!pv && !checkers) {
-        // Reverse futility: so far above beta that a shallow search would not come down.
-        if (depth <= ReverseFutilityDepth && beta > -MateBound && beta < MateBound &&
-            static_eval - ReverseFutilityMargin * (depth - improving) >= beta)
-            return static_eval;
-        // Null move: if passing still holds beta, a real move will too (zugzwang aside).
-        if (null_allowed && depth >= NullMoveDepth && static_eval >= beta && null_move_allowed()) {
-            int reduction = NullMoveBase + depth / 4;
-            reduction += (static_eval - beta) / NullMoveDivisor < 3
-                             ? (static_eval - beta) / NullMoveDivisor
-                             : 3;
-            PrincipalVariation child;
-            make_null_move();
-            const int score =
-                -search_node(depth - 1 - reduction, -beta, -beta + 1, ply + 1, child, false);
-            take_back();
-            if (SearchStopped == 1) return 0;
-            if (score >= beta) return score > MateBound ? beta : score;
-        }
-    }
+    int cut;
+    if (!pv && !checkers &&
+        cut_before_moves(depth, beta, ply, static_eval, improving, null_allowed, cut))
+        return cut;
     // Without a move from the table a deep node is searched a ply shallower: it is rarely one
     // that matters, and the next iteration finds it with the move.
     if (table_move == 0 && depth >= 4) --depth;
 
-    // Step 5. The moves, best first.
-    OrderedMoves list;
-    order_moves(list, table_move, ply, true);
-    const KingSafety ks = king_safety();
-    const int old_alpha = alpha;
-    int best = -Infinity, legal = 0, quiets_tried = 0;
-    Move best_move = 0;
-    Move tried[64];
-    PrincipalVariation child;
-    for (int i = 0; i < list.count; ++i) {
-        const Move m = pick_move(list, i);
-        if (root && RootMovesLimited && !root_move_searched(m)) continue;
-        if (!move_is_legal(m, ks)) continue;
-        ++legal;
-        const bool quiet = is_quiet(m);
-        const bool late  = !root && !checkers && best > -MateBound;
-
-        // Step 6. Moves not worth a search: late quiet moves near the horizon (fewer when not
-        // improving), quiet moves that cannot bring the score up to alpha or that lose the
-        // piece, captures that lose too much. A move that gives check is always searched.
-        bool prune = false;
-        if (late && !pv) {
-            const int late_moves = improving ? 3 + depth * depth : (3 + depth * depth) / 2;
-            prune                = quiet ? (depth <= LateMoveDepth && quiets_tried >= late_moves) ||
-                                (depth <= FutilityDepth &&
-                                 static_eval + FutilityBase + FutilityPerPly * depth <= alpha) ||
-                                (depth <= QuietExchangeDepth &&
-                                 exchange_gain(m) < -QuietExchangeMargin * depth)
-                                         : depth <= ExchangePruneDepth && list.scores[i] < 0 &&
-                                exchange_gain(m) < -ExchangePruneMargin * depth;
-        }
-        make_keyed_move(m);
-        const bool gives_check = in_check() != 0;
-        if (prune && !gives_check) {
-            take_back();
-            continue;
-        }
-
-        // Step 7. Principal variation search: the first move with the whole window, the others
-        // with a null window to prove them worse, late quiet ones reduced, and a move that
-        // proves better searched again in full.
-        int score;
-        if (legal == 1) {
-            score = -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
-        } else {
-            int reduction = 0;
-            if (depth >= 3 && quiet && !checkers && !gives_check) {
-                reduction = Reductions[depth < 63 ? depth : 63][legal < 63 ? legal : 63];
-                if (pv) --reduction;
-                if (!improving) ++reduction;
-                if (list.scores[i] >= KillerScore)
-                    --reduction;
-                else
-                    reduction -= list.scores[i] / (HistoryMax / 2);
-                if (reduction > depth - 2) reduction = depth - 2;
-                if (reduction < 0) reduction = 0;
-            }
-            score = -search_node(depth - 1 - reduction, -alpha - 1, -alpha, ply + 1, child, true);
-            if (score > alpha && reduction > 0)
-                score = -search_node(depth - 1, -alpha - 1, -alpha, ply + 1, child, true);
-            if (score > alpha && score < beta)
-                score = -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
-        }
-        take_back();
-        if (SearchStopped == 1) return 0;
-        if (quiet) {
-            if (quiets_tried < 64) tried[quiets_tried] = m;
-            ++quiets_tried;
-        }
-
-        if (score > best) {
-            best = score;
-            if (score > alpha) {
-                best_move = m;
-                extend_line(line, m, child);
-                if (root) {
-                    RootBest  = m;
-                    RootScore = score;
-                }
-                if (score >= beta) {
-                    // Step 8. A quiet move that refutes teaches the killers and the history; the
-                    // quiet moves tried before it lose what it gains.
-                    if (quiet) {
-                        insert_killer(Killers[ply], m);
-                        const int bonus = depth * depth < 1200 ? depth * depth : 1200;
-                        auto& history   = History[p.blackToMove];
-                        const int n     = quiets_tried < 64 ? quiets_tried : 64;
-                        for (int j = 0; j < n - 1; ++j)
-                            update_history(history[move_from(tried[j])][move_to(tried[j])], -bonus);
-                        update_history(history[move_from(m)][move_to(m)], bonus);
-                    }
-                    break;
-                }
-                alpha = score;
-            }
-        }
-        if (time_to_stop()) return 0;
-    }
-
-    // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate.
-    if (legal == 0) return checkers ? -MateScore + ply : 0;
-    // A root that passed over some of its moves has no result of its own to keep.
-    if (root && RootMovesLimited) return best;
-    const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
-    store_table(key, depth, best, bound, best_move, ply);
-    return best;
+    const NodeView node{depth, ply, static_eval, pv, improving, checkers};
+    return search_moves(node, alpha, beta, table_move, key, line);
 }
 
 // Captures and promotions only, from a static score the side to move may stand on; in check,
