@@ -9,8 +9,10 @@ movetime MS" after a clocked search each time (whose clock must not carry over).
 
 Prints the median and the largest delay of "stop", and the median and largest difference from
 MS of "movetime", in milliseconds."""
+import queue
 import subprocess
 import sys
+import threading
 import time
 
 engine = sys.argv[1]
@@ -19,26 +21,39 @@ style = sys.argv[3] if len(sys.argv) > 3 else "classic"
 movetime = int(sys.argv[4]) if len(sys.argv) > 4 else 1500
 positions = ["startpos", "startpos moves e2e4 e7e5",
              "fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1"]
-p = subprocess.Popen([engine], stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0)
+p = subprocess.Popen([engine], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+# A thread reads every line as it comes, with the time it came: what the engine printed while
+# searching is not read after "stop" and counted against it.
+lines = queue.Queue()
+
+
+def read_lines():
+    for raw in p.stdout:
+        lines.put((time.perf_counter(), raw.decode()))
+    lines.put((time.perf_counter(), ""))
+
+
+threading.Thread(target=read_lines, daemon=True).start()
 
 
 def send(line):
     p.stdin.write((line + "\n").encode())
+    p.stdin.flush()
 
 
 def read_until(prefix):
+    """The time the first line that starts with prefix came (or the end of the output)."""
     while True:
-        line = p.stdout.readline().decode()
+        arrived, line = lines.get()
         if not line or line.startswith(prefix):
-            return line
+            return arrived
 
 
 def timed(line, prefix="bestmove"):
-    """Milliseconds from writing line to reading a line that starts with prefix."""
+    """Milliseconds from writing line to the arrival of a line that starts with prefix."""
     start = time.perf_counter()
     send(line)
-    read_until(prefix)
-    return (time.perf_counter() - start) * 1000
+    return (read_until(prefix) - start) * 1000
 
 
 send("uci")
