@@ -243,13 +243,15 @@ int late_reduction(const NodeView& node, int legal, int order_score) {
     return reduction < 0 ? 0 : reduction;
 }
 
+constexpr int MaxTriedQuiets = 64; // the quiet moves of a node the history hears of
+
 // Step 8: a quiet move that refutes teaches the killers and the history; the quiet moves tried
-// before it (the first 64 kept in tried) lose what it gains.
+// before it (those kept in tried) lose what it gains.
 void reward_refutation(Move m, int depth, int ply, const Move* tried, int quiets_tried) {
     insert_killer(Killers[ply], m);
     const int bonus = depth * depth < 1200 ? depth * depth : 1200;
     auto& history   = History[CurrentPosition->blackToMove];
-    const int n     = quiets_tried < 64 ? quiets_tried : 64;
+    const int n     = quiets_tried < MaxTriedQuiets ? quiets_tried : MaxTriedQuiets;
     for (int j = 0; j < n - 1; ++j)
         update_history(history[move_from(tried[j])][move_to(tried[j])], -bonus);
     update_history(history[move_from(m)][move_to(m)], bonus);
@@ -270,9 +272,10 @@ int principal_variation_search(const NodeView& node, int legal, int reduction, i
     return score;
 }
 
-// Keeps the first 64 quiet moves a node has tried, for the history, and counts them all.
+// Keeps the first MaxTriedQuiets quiet moves a node has tried, for the history, and counts them
+// all.
 void remember_quiet(Move* tried, int& quiets_tried, Move m) {
-    if (quiets_tried < 64) tried[quiets_tried] = m;
+    if (quiets_tried < MaxTriedQuiets) tried[quiets_tried] = m;
     ++quiets_tried;
 }
 
@@ -287,7 +290,7 @@ int search_moves(const NodeView& node, int alpha, int beta, Move table_move, std
     const int old_alpha = alpha;
     int best = -Infinity, legal = 0, quiets_tried = 0;
     Move best_move = 0;
-    Move tried[64];
+    Move tried[MaxTriedQuiets];
     PrincipalVariation child;
     for (int i = 0; i < list.count; ++i) {
         const Move m = pick_move(list, i);
@@ -505,15 +508,13 @@ struct TimeKeeper {
     int lastScore, stable; // iterations the best move has held
 };
 TimeKeeper Time{};
-bool ManageTime = false; // set for the engine's move, not for an analysis
 
-void start_time(const SearchLimits& limits) {
-    Time = {ManageTime && limits.lines == 1 && limits.budget < limits.moveTime,
-            0,
-            limits.startTime,
-            0,
-            0,
-            0};
+// Time is managed for the engine's move (not for an analysis) when it searches one line and its
+// budget is less than the fixed time per move.
+void start_time(const SearchLimits& limits, bool engine_move) {
+    Time         = {};
+    Time.managed = engine_move && limits.lines == 1 && limits.budget < limits.moveTime;
+    Time.start   = limits.startTime;
     if (!Time.managed) return;
     Time.soft         = std::int32_t(std::int64_t(limits.budget) * SoftPercent / 100);
     SearchLimits hard = limits;
@@ -536,14 +537,22 @@ bool out_of_time(int score, int depth) {
     return elapsed >= std::int64_t(Time.soft) * percent / 100;
 }
 
-// The clock, a new generation in the table, the thread's start, and the helpers woken when the
-// search looks for one best line.
-void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks) {
+// The clock and its time management, a new generation in the table, the thread's start, and
+// the helpers woken when the search looks for one best line.
+void start_strong_search(const SearchLimits& limits, const SearchHooks& hooks, bool engine_move) {
     start_clock(limits, hooks);
-    start_time(limits);
+    start_time(limits, engine_move);
     age_table();
     prepare_thread();
     if (limits.lines == 1) start_helpers(limits.maxDepth);
+}
+
+void start_move(const SearchLimits& limits, const SearchHooks& hooks) {
+    start_strong_search(limits, hooks, true);
+}
+
+void start_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
+    start_strong_search(limits, hooks, false);
 }
 
 // The move is the best root move searched to the end, which a stopped iteration may have
@@ -580,21 +589,21 @@ bool strong_ends(int score, int depth) {
     return mate_seen(score, depth) || out_of_time(score, depth);
 }
 
-// The strong style deepens from one ply, and its analysis stops with the clock.
-constexpr SearchStyle Strong{1, start_strong_search, strong_iteration, strong_ends, false};
+// The strong style deepens from one ply; its move manages its time, and its analysis stops
+// with the clock.
+constexpr SearchStyle StrongMove{1, start_move, strong_iteration, strong_ends, false};
+constexpr SearchStyle StrongAnalysis{1, start_analysis, strong_iteration, mate_seen, false};
 
 } // namespace
 
 SearchResult strong_search_move(const SearchLimits& limits, const SearchHooks& hooks) {
-    ManageTime                = true;
-    const SearchResult result = deepen(Strong, limits, hooks);
+    const SearchResult result = deepen(StrongMove, limits, hooks);
     stop_helpers();
     return result;
 }
 
 void strong_search_analysis(const SearchLimits& limits, const SearchHooks& hooks) {
-    ManageTime = false;
-    deepen_analysis(Strong, limits, hooks);
+    deepen_analysis(StrongAnalysis, limits, hooks);
     stop_helpers();
 }
 
