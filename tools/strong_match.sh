@@ -3,7 +3,7 @@
 # server, pondering off, one thread per engine, quillfern's own book off and xboard's Polyglot
 # book on for both sides (BOOK, default the gnuchess-book package's, 8 plies, a random choice
 # weighted by the book), colours alternating, draws called after 120 moves. Not part of the test
-# run. Two modes:
+# run. Its modes:
 #
 # tools/strong_match.sh sprt [-a LINE]... [-b LINE]... [-n CAP] [-t TC] RESULTS ELO0 ELO1 A [B]
 #   A sequential probability ratio test of engine A (the change) against B (the base; default
@@ -31,6 +31,10 @@
 #   Prints each opponent's score and Elo with their 95 % margins, the pooled score, and the time
 #   forfeits, illegal moves and crashes of both sides. Exits 1 on any fault of quillfern's.
 #   "tools/strong_match.sh ENGINE ..." is the ladder too.
+#
+# tools/strong_match.sh tally WORK...
+#   The ladder's summary pooled over the WORK folders of several ladder runs of one engine
+#   (a ladder does not resume: a longer one is played in rounds and tallied together).
 #
 # Setup: installs (as root) or names the Debian packages it needs: xboard xvfb xauth
 # xfonts-base gnuchess-book, and the opponents' (gnuchess glaurung toga2 ethereal-chess
@@ -393,8 +397,26 @@ ladder() {
     exit $bad
 }
 
+tally() {
+    [ $# -ge 1 ] || die "usage: strong_match.sh tally WORK..."
+    local work opponents="" opponent
+    for work in "$@"; do
+        [ -f "$work/summary.txt" ] || die "no ladder in $work"
+        for opponent in "$work"/*/results; do
+            opponent=$(basename "$(dirname "$opponent")")
+            case " $opponents " in *" $opponent "*) ;; *) opponents="$opponents $opponent" ;; esac
+        done
+    done
+    for opponent in $opponents; do
+        for work in "$@"; do cat "$work/$opponent/results" 2> /dev/null; done |
+            summarize quillfern "$opponent"
+    done
+    for work in "$@"; do cat "$work"/*/results; done | summarize quillfern all
+}
+
 case ${1:-} in
     sprt) shift; sprt "$@" ;;
+    tally) shift; tally "$@" ;;
     ladder) shift; ladder "$@" ;;
     "" | -h | --help) sed -n '2,/^set -u/p' "$0" | sed '$d; s/^# \{0,1\}//'; exit 3 ;;
     *) ladder "$@" ;;
