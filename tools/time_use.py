@@ -1,0 +1,35 @@
+#!/usr/bin/env python3
+"""Seconds a move each player spent over the first MOVES moves (default 40) of the games in
+PGN files written by xboard, from the "{score/depth seconds}" comments (book moves have none and
+are not counted; a comment without a time counts as none spent). Usage: tools/time_use.py [-m MOVES] FILE.pgn...
+For the ladder: tools/time_use.py WORK/*/games.pgn."""
+import re
+import statistics
+import sys
+
+
+def main(args):
+    moves = 40
+    if len(args) >= 2 and args[0] == "-m":
+        moves, args = int(args[1]), args[2:]
+    if not args:
+        sys.exit(__doc__)
+    spent = {}
+    for path in args:
+        with open(path, encoding="latin-1") as pgn:
+            text = pgn.read()
+        for game in re.split(r"\n(?=\[Event )", text):
+            names = [re.search(r'\[%s "([^"]*)"' % tag, game) for tag in ("White", "Black")]
+            if not all(names):
+                continue
+            body = re.sub(r"^\[.*$", "", game, flags=re.M)
+            # One comment a move, White's and Black's in turn, after the book's even plies.
+            for ply, comment in enumerate(re.findall(r"\{([^}]*)\}", body)[: 2 * moves]):
+                found = re.search(r"/\d+ ([\d.]+)\s*$", comment)
+                spent.setdefault(names[ply % 2].group(1), []).append(
+                    float(found.group(1)) if found else 0.0)
+    for name, times in sorted(spent.items()):
+        print(f"{name:24} {statistics.mean(times):6.3f} s a move over {len(times)} moves")
+
+
+main(sys.argv[1:])
