@@ -347,6 +347,18 @@ play_opponent() {
     echo $? > "$dir/status"
 }
 
+# The score against each of the opponents $1 and against them all, over the ladder folders
+# that follow.
+pooled() {
+    local opponents=$1 opponent work
+    shift
+    for opponent in $opponents; do
+        for work in "$@"; do cat "$work/$opponent/results" 2> /dev/null; done |
+            summarize quillfern "$opponent"
+    done
+    for work in "$@"; do cat "$work"/*/results; done | summarize quillfern all
+}
+
 ladder() {
     settings_options "$@"
     shift $((OPTIND - 1))
@@ -389,9 +401,8 @@ ladder() {
                 status=$(cat "$dir/status")
                 [ "$status" = 0 ] || echo "# fault xboard: it ended with status $status"
             } > "$dir/results"
-            summarize quillfern "$opponent" < "$dir/results"
         done
-        cat "$WORK"/*/results | summarize quillfern all
+        pooled "$OPPONENTS" "$WORK"
     } | tee "$WORK/summary.txt"
     grep -q 'quillfern [1-9]\|xboard [1-9]\| games  *0 ' "$WORK/summary.txt" && bad=1
     exit $bad
@@ -407,11 +418,7 @@ tally() {
             case " $opponents " in *" $opponent "*) ;; *) opponents="$opponents $opponent" ;; esac
         done
     done
-    for opponent in $opponents; do
-        for work in "$@"; do cat "$work/$opponent/results" 2> /dev/null; done |
-            summarize quillfern "$opponent"
-    done
-    for work in "$@"; do cat "$work"/*/results; done | summarize quillfern all
+    pooled "$opponents" "$@"
 }
 
 case ${1:-} in
