@@ -23,6 +23,7 @@ char LogFile[SettingTextSize], BookFile[SettingTextSize], Style[SettingTextSize]
 std::int32_t StrongStyle = 0;
 std::FILE* LogFileHandle = nullptr;
 std::int32_t moveTime, engineTime, opponentTime = 0, increment = 0, allocatedTime;
+std::int32_t MovesPerControl = 0;
 
 // Each key's default and range: what a number outside the range becomes, and what a missing
 // key gives.
@@ -261,10 +262,25 @@ SearchResult search_in_style(const SearchLimits& limits, const SearchHooks& hook
     return (StrongStyle ? strong_search_move : search_move)(limits, hooks);
 }
 
+int spread_moves(std::int64_t movesToGo) {
+    return movesToGo > 0 && movesToGo < SuddenDeath ? int(movesToGo) : SuddenDeath;
+}
+
+// The moves the side to move has left to make before xboard's next control: its moves made since
+// the game's first record, counted in whole controls.
+std::int64_t moves_to_control() {
+    if (MovesPerControl <= 0) return 0;
+    const std::int64_t made = (CurrentPosition - &PositionStack[0]) / 2;
+    return MovesPerControl - made % MovesPerControl;
+}
+
 // Allocates the move's time, searches, announces a mate the deepening ended on, and plays the
 // move. With no legal move at all nothing is played and text is left empty.
 void think(char* text) {
-    const TimeBudget budget = allocate_time(engineTime, opponentTime, increment, SuddenDeath);
+    // The strong style looks ahead to the next control; the classic style's allocation stays
+    // the fixed one, over SuddenDeath moves.
+    const int moves         = StrongStyle ? spread_moves(moves_to_control()) : SuddenDeath;
+    const TimeBudget budget = allocate_time(engineTime, opponentTime, increment, moves);
     allocatedTime           = budget.allocated;
     output(Screen, "#DEBUG move speed: %i  allocated time: %i\n", budget.moves, allocatedTime);
     SearchHooks hooks;

@@ -307,9 +307,8 @@ void apply_clocks(const GoRequest& go, SearchLimits& limits) {
     const std::int32_t them =
         go.clocks[1 - us] >= 0 ? saturate_centis(go.clocks[1 - us] / 10) : own;
     const std::int32_t inc = go.clocks[2 + us] > 0 ? saturate_centis(go.clocks[2 + us] / 10) : 0;
-    const int moves =
-        go.movestogo > 0 && go.movestogo < SuddenDeath ? int(go.movestogo) : SuddenDeath;
-    limits.budget    = allocate_time(own > 0 ? own : 0, them, inc, moves).allocated;
+    limits.budget =
+        allocate_time(own > 0 ? own : 0, them, inc, spread_moves(go.movestogo)).allocated;
     limits.clockLeft = own > 0 ? own : 0;
 }
 

@@ -86,7 +86,8 @@ Then move_time(const char* line) {
 
 // "level MOVES BASE INC": BASE is whole minutes or minutes:seconds, INC whole seconds or
 // seconds with a decimal fraction. Both clocks start from the base time; the number of moves
-// per control is only echoed, since the allocation spreads the clock over SuddenDeath moves.
+// per control is kept for the strong style's allocation (the classic one spreads the clock over
+// SuddenDeath moves whatever the control).
 // A line without all three numbers changes nothing and is answered as unknown.
 Then level(const char* line) {
     const char* text = argument_at(line, 6);
@@ -115,6 +116,7 @@ Then level(const char* line) {
     engineTime   = saturate_centis(std::int64_t(minutes) * 6000 + std::int64_t(seconds) * 100);
     increment    = saturate_centis(std::int64_t(inc) * 100 + (inc < 0 ? -inc_centis : inc_centis));
     opponentTime = engineTime;
+    MovesPerControl = moves > 0 ? moves : 0;
     return EngineTurn;
 }
 

@@ -70,6 +70,35 @@ TEST(FrontEnds, FourHundredMoveGames) {
     load_settings("absent.ini");
 }
 
+// xboard's "level 40 0:30 0" after 66 plies of knights out and back, White to move with 30 s
+// on both clocks: the strong style spreads them over the 7 moves left to the control (5 more, short
+// of time: 250 each); the classic style over SuddenDeath moves (20 + 5: 120), as it always does.
+// After 80 plies a new control begins and both spread over SuddenDeath again.
+TEST(FrontEnds, XboardControlInStrongStyle) {
+    const char* shuffle[] = {"g1f3", "g8f6", "f3g1", "f6g8"};
+    const struct {
+        const char* style;
+        int plies;
+        const char* speed;
+    } cases[] = {
+        {"strong", 66, "move speed: 12  allocated time: 250"},
+        {"classic", 66, "move speed: 25  allocated time: 120"},
+        {"strong", 80, "move speed: 25  allocated time: 120"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.style);
+        load_settings("absent.ini");
+        for (std::size_t k = 0; k < SettingCount; ++k)
+            if (SettingKeys[k].chars == Style) set_setting(SettingKeys[k], c.style);
+        Book = 0;
+        std::string lines = "new\nforce\nlevel 40 0:30 0\nsd 2\n";
+        for (int ply = 0; ply < c.plies; ++ply) lines += std::string("usermove ") + shuffle[ply % 4] + "\n";
+        const std::string out = session(xboard_loop, lines + "time 3000\notim 3000\ngo\n");
+        EXPECT_EQ(count_of(out, c.speed), 1);
+    }
+    load_settings("absent.ini");
+}
+
 // During "go infinite" a line that must wait hides neither the "stop" nor the "isready" behind
 // it: one answer each, then the waiting line runs.
 TEST(FrontEnds, UciStopsWhenAsked) {
