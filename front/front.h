@@ -34,9 +34,12 @@ extern std::FILE* LogFileHandle;
 extern std::int32_t moveTime, engineTime, opponentTime, increment, allocatedTime;
 // Moves in each time control of xboard's "level", 0 when the clock covers the whole game.
 extern std::int32_t MovesPerControl;
-// The moves a clock is spread over: SuddenDeath, or the moves left to the next control when
-// those are fewer (movesToGo 0 or less: no control ahead).
-int spread_moves(std::int64_t movesToGo);
+// A move's share of the clock (own, hundredths), by the allocation over SuddenDeath moves, or
+// over the moves left to the next control when those are fewer (movesToGo 0 or less: no
+// control ahead); a share then never more than half the clock, which the allocation alone
+// would give the last move before the control whole.
+TimeBudget spread_clock(std::int32_t own, std::int32_t them, std::int32_t increment,
+                        std::int64_t movesToGo);
 
 // Every setting the INI file feeds, in the order a load reads them: its section and key, its
 // default, and for a number the range it must lie in (outside it, the default is taken).

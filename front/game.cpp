@@ -262,8 +262,13 @@ SearchResult search_in_style(const SearchLimits& limits, const SearchHooks& hook
     return (StrongStyle ? strong_search_move : search_move)(limits, hooks);
 }
 
-int spread_moves(std::int64_t movesToGo) {
-    return movesToGo > 0 && movesToGo < SuddenDeath ? int(movesToGo) : SuddenDeath;
+TimeBudget spread_clock(std::int32_t own, std::int32_t them, std::int32_t increment,
+                        std::int64_t movesToGo) {
+    if (movesToGo <= 0 || movesToGo >= SuddenDeath)
+        return allocate_time(own, them, increment, SuddenDeath);
+    TimeBudget budget = allocate_time(own, them, increment, int(movesToGo));
+    if (budget.allocated > own / 2) budget.allocated = own / 2;
+    return budget;
 }
 
 // The moves the side to move has left to make before xboard's next control: its moves made since
@@ -279,9 +284,10 @@ std::int64_t moves_to_control() {
 void think(char* text) {
     // The strong style looks ahead to the next control; the classic style's allocation stays
     // the fixed one, over SuddenDeath moves.
-    const int moves         = StrongStyle ? spread_moves(moves_to_control()) : SuddenDeath;
-    const TimeBudget budget = allocate_time(engineTime, opponentTime, increment, moves);
-    allocatedTime           = budget.allocated;
+    const TimeBudget budget =
+        StrongStyle ? spread_clock(engineTime, opponentTime, increment, moves_to_control())
+                    : allocate_time(engineTime, opponentTime, increment, SuddenDeath);
+    allocatedTime = budget.allocated;
     output(Screen, "#DEBUG move speed: %i  allocated time: %i\n", budget.moves, allocatedTime);
     SearchHooks hooks;
     hooks.report              = report_thinking;

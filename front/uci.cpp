@@ -307,9 +307,8 @@ void apply_clocks(const GoRequest& go, SearchLimits& limits) {
     const std::int32_t them =
         go.clocks[1 - us] >= 0 ? saturate_centis(go.clocks[1 - us] / 10) : own;
     const std::int32_t inc = go.clocks[2 + us] > 0 ? saturate_centis(go.clocks[2 + us] / 10) : 0;
-    limits.budget =
-        allocate_time(own > 0 ? own : 0, them, inc, spread_moves(go.movestogo)).allocated;
-    limits.clockLeft = own > 0 ? own : 0;
+    limits.budget          = spread_clock(own > 0 ? own : 0, them, inc, go.movestogo).allocated;
+    limits.clockLeft       = own > 0 ? own : 0;
 }
 
 // The limits of the search "go" asks for. A bare "go" has the settings' depth and time; any

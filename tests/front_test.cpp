@@ -79,11 +79,14 @@ TEST(FrontEnds, XboardControlInStrongStyle) {
     const struct {
         const char* style;
         int plies;
+        const char* clocks;
         const char* speed;
     } cases[] = {
-        {"strong", 66, "move speed: 12  allocated time: 250"},
-        {"classic", 66, "move speed: 25  allocated time: 120"},
-        {"strong", 80, "move speed: 25  allocated time: 120"},
+        {"strong", 66, "time 3000\notim 3000\n", "move speed: 12  allocated time: 250"},
+        {"classic", 66, "time 3000\notim 3000\n", "move speed: 25  allocated time: 120"},
+        {"strong", 80, "time 3000\notim 3000\n", "move speed: 25  allocated time: 120"},
+        // The last move before the control, ahead on the clock: never the whole clock.
+        {"strong", 78, "time 300\notim 200\n", "move speed: 1  allocated time: 150"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.style);
@@ -93,7 +96,7 @@ TEST(FrontEnds, XboardControlInStrongStyle) {
         Book = 0;
         std::string lines = "new\nforce\nlevel 40 0:30 0\nsd 2\n";
         for (int ply = 0; ply < c.plies; ++ply) lines += std::string("usermove ") + shuffle[ply % 4] + "\n";
-        const std::string out = session(xboard_loop, lines + "time 3000\notim 3000\ngo\n");
+        const std::string out = session(xboard_loop, lines + c.clocks + "go\n");
         EXPECT_EQ(count_of(out, c.speed), 1);
     }
     load_settings("absent.ini");
