@@ -283,10 +283,9 @@ std::int64_t moves_to_control() {
 // move. With no legal move at all nothing is played and text is left empty.
 void think(char* text) {
     // The strong style looks ahead to the next control; the classic style's allocation stays
-    // the fixed one, over SuddenDeath moves.
+    // the fixed one, over SuddenDeath moves (no control ahead).
     const TimeBudget budget =
-        StrongStyle ? spread_clock(engineTime, opponentTime, increment, moves_to_control())
-                    : allocate_time(engineTime, opponentTime, increment, SuddenDeath);
+        spread_clock(engineTime, opponentTime, increment, StrongStyle ? moves_to_control() : 0);
     allocatedTime = budget.allocated;
     output(Screen, "#DEBUG move speed: %i  allocated time: %i\n", budget.moves, allocatedTime);
     SearchHooks hooks;
