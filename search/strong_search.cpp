@@ -84,6 +84,40 @@ struct OrderedMoves {
 
 constexpr bool is_quiet(Move m) { return !is_capture(m) && move_promotion(m) == 0; }
 
+// Correction of the static score by pawn structure: how far finished searches of positions with
+// the same pawns (as the side to move sees them) found the score from the evaluation's, a
+// running average in sixteenths of a hundredth of a pawn. The pruning that trusts the static
+// score and the quiescence search's stand-pat take the corrected score.
+constexpr int CorrectionBits = 14, CorrectionGrain = 16, CorrectionLimit = 96 * CorrectionGrain;
+thread_local constinit std::array<int, 1 << CorrectionBits> Corrections{};
+
+int& correction_of(const Position& p) {
+    const Bitboard own = pawns(p) & p.ownPieces, theirs = pawns(p) & ~p.ownPieces;
+    const std::uint64_t mixed = own * 0x9E3779B97F4A7C15ull ^ theirs * 0xC2B2AE3D27D4EB4Full;
+    return Corrections[mixed >> (64 - CorrectionBits)];
+}
+
+int corrected_evaluate(const Position& p) {
+    return strong_evaluate(p) + correction_of(p) / CorrectionGrain;
+}
+
+// What a finished search of depth found, against the static score it started from (both the
+// corrected one, for its bound, and the evaluation's own), teaches the correction; only a score
+// beyond the static one on the side its bound allows, with no capture or promotion to explain it.
+void learn_correction(int depth, int static_eval, int searched, int alpha, int beta, Move best) {
+    const Position& p = *CurrentPosition;
+    if (searched <= -MateBound || searched >= MateBound || (best && !is_quiet(best))) return;
+    if ((searched >= beta && searched <= static_eval) ||
+        (searched <= alpha && searched >= static_eval))
+        return;
+    const int weight = depth + 1 < 16 ? depth + 1 : 16;
+    int& entry       = correction_of(p);
+    const int target = std::clamp((searched - strong_evaluate(p)) * CorrectionGrain,
+                                  -CorrectionLimit, CorrectionLimit);
+    entry = std::clamp((entry * (256 - weight) + target * weight) / 256, -CorrectionLimit,
+                       CorrectionLimit);
+}
+
 int tactical_score(const Position& p, Move m, int generator_score) {
     if (generator_score < 0) return UnderPromotionScore + generator_score;
     const int mover = moving_piece(m), victim = piece_type_at(p, move_to(m));
@@ -377,7 +411,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     }
 
     // Step 4. Pruning before any move.
-    const int static_eval = checkers ? -Infinity : strong_evaluate(*CurrentPosition);
+    const int static_eval = checkers ? -Infinity : corrected_evaluate(p);
     StaticEvals[ply]      = static_eval;
     const bool improving  = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
                                          static_eval > StaticEvals[ply - 2]);
@@ -390,7 +424,10 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     if (table_move == 0 && depth >= 4) --depth;
 
     const NodeView node{depth, ply, static_eval, pv, improving, checkers};
-    return search_moves(node, alpha, beta, table_move, key, line);
+    const int best = search_moves(node, alpha, beta, table_move, key, line);
+    if (!root && !checkers && SearchStopped != 1)
+        learn_correction(depth, static_eval, best, alpha, beta, best > alpha ? line.moves[0] : 0);
+    return best;
 }
 
 // Captures and promotions only, from a static score the side to move may stand on; in check,
@@ -415,7 +452,7 @@ int quiescence(int alpha, int beta, int ply) {
     const int old_alpha     = alpha;
     int best = -MateScore + ply, stand = -Infinity;
     if (!checkers) {
-        stand = strong_evaluate(*CurrentPosition);
+        stand = corrected_evaluate(p);
         if (stand >= beta) return stand;
         if (stand > alpha) alpha = stand;
         best = stand;
