@@ -97,25 +97,8 @@ int& correction_of(const Position& p) {
     return Corrections[mixed >> (64 - CorrectionBits)];
 }
 
-int corrected_evaluate(const Position& p) {
-    return strong_evaluate(p) + correction_of(p) / CorrectionGrain;
-}
-
-// What a finished search of depth found, against the static score it started from (both the
-// corrected one, for its bound, and the evaluation's own), teaches the correction; only a score
-// beyond the static one on the side its bound allows, with no capture or promotion to explain it.
-void learn_correction(int depth, int static_eval, int searched, int alpha, int beta, Move best) {
-    const Position& p = *CurrentPosition;
-    if (searched <= -MateBound || searched >= MateBound || (best && !is_quiet(best))) return;
-    if ((searched >= beta && searched <= static_eval) ||
-        (searched <= alpha && searched >= static_eval))
-        return;
-    const int weight = depth + 1 < 16 ? depth + 1 : 16;
-    int& entry       = correction_of(p);
-    const int target = std::clamp((searched - strong_evaluate(p)) * CorrectionGrain,
-                                  -CorrectionLimit, CorrectionLimit);
-    entry = std::clamp((entry * (256 - weight) + target * weight) / 256, -CorrectionLimit,
-                       CorrectionLimit);
+int corrected(const Position& p, int raw_eval) {
+    return raw_eval + correction_of(p) / CorrectionGrain;
 }
 
 int tactical_score(const Position& p, Move m, int generator_score) {
@@ -246,6 +229,23 @@ struct NodeView {
     bool pv, improving;
     Bitboard checkers;
 };
+
+// What a finished search of the node found, against the static score it started from (the
+// corrected one, for its bound, and the evaluation's own), teaches the correction; only a score
+// beyond the static one on the side its bound allows, with no capture or promotion to explain it.
+void learn_correction(const NodeView& node, int raw_eval, int searched, int alpha, int beta,
+                      Move best) {
+    if (searched <= -MateBound || searched >= MateBound || (best && !is_quiet(best))) return;
+    if ((searched >= beta && searched <= node.staticEval) ||
+        (searched <= alpha && searched >= node.staticEval))
+        return;
+    const int weight = std::min(node.depth + 1, 16);
+    int& entry       = correction_of(*CurrentPosition);
+    const int target = std::clamp((searched - raw_eval) * CorrectionGrain, -CorrectionLimit,
+                                  CorrectionLimit);
+    entry = std::clamp((entry * (256 - weight) + target * weight) / 256, -CorrectionLimit,
+                       CorrectionLimit);
+}
 
 // Step 6: whether a late move is not worth a search: a late quiet move near the horizon (fewer
 // when not improving), a quiet move that cannot bring the score up to alpha or that loses the
@@ -411,7 +411,8 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     }
 
     // Step 4. Pruning before any move.
-    const int static_eval = checkers ? -Infinity : corrected_evaluate(p);
+    const int raw_eval    = checkers ? -Infinity : strong_evaluate(p);
+    const int static_eval = checkers ? -Infinity : corrected(p, raw_eval);
     StaticEvals[ply]      = static_eval;
     const bool improving  = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
                                          static_eval > StaticEvals[ply - 2]);
@@ -426,7 +427,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     const NodeView node{depth, ply, static_eval, pv, improving, checkers};
     const int best = search_moves(node, alpha, beta, table_move, key, line);
     if (!root && !checkers && SearchStopped != 1)
-        learn_correction(depth, static_eval, best, alpha, beta, best > alpha ? line.moves[0] : 0);
+        learn_correction(node, raw_eval, best, alpha, beta, best > alpha ? line.moves[0] : 0);
     return best;
 }
 
@@ -452,7 +453,7 @@ int quiescence(int alpha, int beta, int ply) {
     const int old_alpha     = alpha;
     int best = -MateScore + ply, stand = -Infinity;
     if (!checkers) {
-        stand = corrected_evaluate(p);
+        stand = corrected(p, strong_evaluate(p));
         if (stand >= beta) return stand;
         if (stand > alpha) alpha = stand;
         best = stand;
