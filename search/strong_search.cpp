@@ -38,6 +38,8 @@ thread_local constinit PrincipalVariation RootLine{};
 // The static score of each node on the path (-Infinity in check): a side whose score has risen
 // since its last move is improving, and is pruned less.
 thread_local constinit std::array<int, PlyLimit + 1> StaticEvals{};
+// The move a node leaves out while it asks whether its table move is singular (0: none).
+thread_local constinit std::array<Move, PlyLimit + 1> Excluded{};
 thread_local constinit std::uint32_t QuiescenceNodes = 0;
 constexpr std::uint32_t QuiescenceClockInterval      = 1024;
 
@@ -49,6 +51,7 @@ constexpr int NullMoveDepth = 3, NullMoveBase = 3, NullMoveDivisor = 200;
 constexpr int ExchangePruneDepth = 3, ExchangePruneMargin = 100;
 constexpr int QuietExchangeDepth = 7, QuietExchangeMargin = 60;
 constexpr int DeltaMargin     = 200;
+constexpr int SingularDepth = 8, SingularTableDepth = 3, SingularMarginPerPly = 2;
 constexpr int AspirationDepth = 5, AspirationWindow = 20;
 
 // Late move reductions: 0.75 + ln(depth) ln(moves) / 2.25 plies for a quiet move tried late,
@@ -228,7 +231,34 @@ struct NodeView {
     int depth, ply, staticEval;
     bool pv, improving;
     Bitboard checkers;
+    Move excluded, extended; // the move left out, the move searched a ply deeper (0: none)
 };
+
+// Step 5: whether the table's move is singular, every other move searched at half the depth
+// failing below a margin under its stored score; it is then searched a ply deeper, in extended.
+// True when even without it the node holds beta (more than one move refutes): the node is cut,
+// with its score in cut.
+bool singular_test(int depth, int beta, int ply, const TableEntry& entry, Move& extended,
+                   int& cut) {
+    const int bound = entry.boundAndAge & 3;
+    if (depth < SingularDepth || ply >= 2 * RootDepth || entry.move == 0 ||
+        entry.depth < depth - SingularTableDepth || !(bound & LowerBound) ||
+        entry.score <= -MateBound || entry.score >= MateBound)
+        return false;
+    const int singular_beta = entry.score - SingularMarginPerPly * depth;
+    PrincipalVariation child;
+    Excluded[ply] = entry.move;
+    const int score =
+        search_node((depth - 1) / 2, singular_beta - 1, singular_beta, ply, child, false);
+    Excluded[ply] = 0;
+    if (SearchStopped == 1) {
+        cut = 0;
+        return true;
+    }
+    if (score < singular_beta) extended = entry.move;
+    cut = singular_beta;
+    return score >= singular_beta && singular_beta >= beta;
+}
 
 // What a finished search of the node found, against the static score it started from (the
 // corrected one, for its bound, and the evaluation's own), teaches the correction; only a score
@@ -293,16 +323,16 @@ void reward_refutation(Move m, int depth, int ply, const Move* tried, int quiets
 
 // Step 7. Principal variation search: the first move with the whole window, the others with a
 // null window to prove them worse, reduced when late and quiet, and a move that proves better
-// searched again in full.
+// searched again in full. A negative reduction is an extension.
 int principal_variation_search(const NodeView& node, int legal, int reduction, int alpha, int beta,
                                PrincipalVariation& child) {
-    const int depth = node.depth, ply = node.ply;
-    if (legal == 1) return -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
-    int score = -search_node(depth - 1 - reduction, -alpha - 1, -alpha, ply + 1, child, true);
+    const int ply = node.ply, full = node.depth - 1 - (reduction < 0 ? reduction : 0);
+    if (legal == 1) return -search_node(full, -beta, -alpha, ply + 1, child, true);
+    int score = -search_node(node.depth - 1 - reduction, -alpha - 1, -alpha, ply + 1, child, true);
     if (score > alpha && reduction > 0)
-        score = -search_node(depth - 1, -alpha - 1, -alpha, ply + 1, child, true);
+        score = -search_node(full, -alpha - 1, -alpha, ply + 1, child, true);
     if (score > alpha && score < beta)
-        score = -search_node(depth - 1, -beta, -alpha, ply + 1, child, true);
+        score = -search_node(full, -beta, -alpha, ply + 1, child, true);
     return score;
 }
 
@@ -329,7 +359,7 @@ int search_moves(const NodeView& node, int alpha, int beta, Move table_move, std
     for (int i = 0; i < list.count; ++i) {
         const Move m = pick_move(list, i);
         if (root && RootMovesLimited && !root_move_searched(m)) continue;
-        if (!move_is_legal(m, ks)) continue;
+        if (m == node.excluded || !move_is_legal(m, ks)) continue;
         ++legal;
         const bool quiet = is_quiet(m);
         const bool prune = !root && !node.checkers && best > -MateBound && !node.pv &&
@@ -340,7 +370,8 @@ int search_moves(const NodeView& node, int alpha, int beta, Move table_move, std
             take_back();
             continue;
         }
-        const int reduction = legal > 1 && depth >= 3 && quiet && !node.checkers && !gives_check
+        const int reduction = m == node.extended ? -1
+                              : legal > 1 && depth >= 3 && quiet && !node.checkers && !gives_check
                                   ? late_reduction(node, legal, list.scores[i])
                                   : 0;
         const int score = principal_variation_search(node, legal, reduction, alpha, beta, child);
@@ -364,10 +395,12 @@ int search_moves(const NodeView& node, int alpha, int beta, Move table_move, std
         if (time_to_stop()) return 0;
     }
 
-    // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate.
-    if (legal == 0) return node.checkers ? -MateScore + ply : 0;
-    // A root that passed over some of its moves has no result of its own to keep.
-    if (root && RootMovesLimited) return best;
+    // Step 9. No legal move: mated (MateScore less one a ply from the root) or stalemate; none
+    // but the one left out: below the window.
+    if (legal == 0) return node.excluded ? alpha : node.checkers ? -MateScore + ply : 0;
+    // A root that passed over some of its moves, or a node that left one out, has no result of
+    // its own to keep.
+    if ((root && RootMovesLimited) || node.excluded) return best;
     const Bound bound = best >= beta ? LowerBound : best > old_alpha ? ExactBound : UpperBound;
     store_table(key, depth, best, bound, best_move, ply);
     return best;
@@ -403,11 +436,14 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     // Step 3. The table: its move is tried first, and away from the principal line a result
     // of enough depth whose bound decides the window is taken as it is.
     const std::uint64_t key = Keys[stack_index()];
+    const Move excluded = Excluded[ply];
     TableEntry entry;
     Move table_move = 0;
-    if (probe_table(key, ply, entry)) {
+    const bool found = probe_table(key, ply, entry);
+    if (found) {
         table_move = entry.move;
-        if (!pv && entry.depth >= depth && settles_window(entry, alpha, beta)) return entry.score;
+        if (!pv && !excluded && entry.depth >= depth && settles_window(entry, alpha, beta))
+            return entry.score;
     }
 
     // Step 4. Pruning before any move.
@@ -417,16 +453,19 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     const bool improving  = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
                                          static_eval > StaticEvals[ply - 2]);
     int cut;
-    if (!pv && !checkers &&
+    if (!pv && !checkers && !excluded &&
         cut_before_moves(depth, beta, ply, static_eval, improving, null_allowed, cut))
         return cut;
     // Without a move from the table a deep node is searched a ply shallower: it is rarely one
     // that matters, and the next iteration finds it with the move.
     if (table_move == 0 && depth >= 4) --depth;
+    Move extended = 0;
+    if (found && !root && !excluded && singular_test(depth, beta, ply, entry, extended, cut))
+        return cut;
 
-    const NodeView node{depth, ply, static_eval, pv, improving, checkers};
+    const NodeView node{depth, ply, static_eval, pv, improving, checkers, excluded, extended};
     const int best = search_moves(node, alpha, beta, table_move, key, line);
-    if (!root && !checkers && SearchStopped != 1)
+    if (!root && !checkers && !excluded && SearchStopped != 1)
         learn_correction(node, raw_eval, best, alpha, beta, best > alpha ? line.moves[0] : 0);
     return best;
 }
