@@ -353,8 +353,7 @@ int search_moves(const NodeView& node, int alpha, int beta, Move table_move, std
     const KingSafety ks = king_safety();
     const int old_alpha = alpha;
     int best = -Infinity, legal = 0, quiets_tried = 0;
-    Move best_move = 0;
-    Move tried[MaxTriedQuiets];
+    Move best_move = 0, tried[MaxTriedQuiets];
     PrincipalVariation child;
     for (int i = 0; i < list.count; ++i) {
         const Move m = pick_move(list, i);
