@@ -53,6 +53,7 @@ struct TableEntry {
     std::uint8_t boundAndAge; // Bound in bits 0-1, the search's generation in bits 2-7
 };
 static_assert(sizeof(TableEntry) == 16);
+constexpr int bound_of(const TableEntry& e) { return e.boundAndAge & 3; }
 constexpr int TableBucketSize = 4;  // 64 bytes, one cache line
 constexpr int DefaultTableMegabytes = 16;
 // A table of about the given size, emptied; false, with the table as it was, when the memory

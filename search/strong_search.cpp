@@ -193,7 +193,7 @@ bool null_move_allowed() {
 // Whether a stored result settles the window by itself: an exact score, or a bound on the side
 // that cuts.
 bool settles_window(const TableEntry& entry, int alpha, int beta) {
-    const int bound = entry.boundAndAge & 3;
+    const int bound = bound_of(entry);
     return bound == ExactBound || (bound == LowerBound && entry.score >= beta) ||
            (bound == UpperBound && entry.score <= alpha);
 }
@@ -240,7 +240,7 @@ struct NodeView {
 // with its score in cut.
 bool singular_test(int depth, int beta, int ply, const TableEntry& entry, Move& extended,
                    int& cut) {
-    const int bound = entry.boundAndAge & 3;
+    const int bound = bound_of(entry);
     if (depth < SingularDepth || ply >= 2 * RootDepth || entry.move == 0 ||
         entry.depth < depth - SingularTableDepth || !(bound & LowerBound) ||
         entry.score <= -MateBound || entry.score >= MateBound)

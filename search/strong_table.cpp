@@ -159,7 +159,7 @@ int table_permille() {
     for (std::size_t i = 0; i < 250 && i < Buckets; ++i)
         for (const Slot& slot : Table[i].slots) {
             const TableEntry e = read(slot);
-            used += (e.boundAndAge & 3) != NoBound && age_of(e) == 0;
+            used += bound_of(e) != NoBound && age_of(e) == 0;
         }
     return used;
 }
@@ -170,7 +170,7 @@ bool probe_table(std::uint64_t key, int ply, TableEntry& found) {
     assert(Table);
     for (const Slot& slot : bucket_of(key).slots) {
         const TableEntry e = read(slot);
-        if (e.key != key || (e.boundAndAge & 3) == NoBound) continue;
+        if (e.key != key || bound_of(e) == NoBound) continue;
         found = e;
         if (found.score > MateBound) found.score = std::int16_t(found.score - ply);
         if (found.score < -MateBound) found.score = std::int16_t(found.score + ply);
