@@ -40,6 +40,9 @@ thread_local constinit PrincipalVariation RootLine{};
 thread_local constinit std::array<int, PlyLimit + 1> StaticEvals{};
 // The move a node leaves out while it asks whether its table move is singular (0: none).
 thread_local constinit std::array<Move, PlyLimit + 1> Excluded{};
+// A node may be searched deeper than its depth (in check, or for a singular move) while its line
+// is shorter than twice the iteration's depth, so that no line grows without end.
+bool may_extend(int ply) { return ply < 2 * RootDepth; }
 thread_local constinit std::uint32_t QuiescenceNodes = 0;
 constexpr std::uint32_t QuiescenceClockInterval      = 1024;
 
@@ -241,7 +244,7 @@ struct NodeView {
 bool singular_test(int depth, int beta, int ply, const TableEntry& entry, Move& extended,
                    int& cut) {
     const int bound = bound_of(entry);
-    if (depth < SingularDepth || ply >= 2 * RootDepth || entry.move == 0 ||
+    if (depth < SingularDepth || !may_extend(ply) || entry.move == 0 ||
         entry.depth < depth - SingularTableDepth || !(bound & LowerBound) ||
         entry.score <= -MateBound || entry.score >= MateBound)
         return false;
@@ -429,7 +432,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
 
     // Step 2. Check extension: a side in check is searched a ply deeper (while the line is not
     // more than twice the iteration's depth), so the horizon never falls inside a check.
-    if (checkers && ply < 2 * RootDepth) ++depth;
+    if (checkers && may_extend(ply)) ++depth;
     if (depth <= 0) return quiescence(alpha, beta, ply);
 
     // Step 3. The table: its move is tried first, and away from the principal line a result
