@@ -3,9 +3,13 @@
 // first, then the weights, by Adam on the mean squared error against the games' results. Writes
 // the weights as the C++ header the build compiles.
 //
-//   tuner [-b] [-r RATE] [-l LAMBDA] OUT_HEADER EPOCHS DATA...
+//   tuner [-b] [-r RATE] [-l LAMBDA] [-s SHARE] OUT_HEADER EPOCHS DATA...
 //
-// DATA files hold "FEN RESULT" lines (tools/selfplay), RESULT 1, 0.5 or 0 for White. The
+// DATA files hold "FEN RESULT" lines (tools/selfplay), RESULT 1, 0.5 or 0 for White, or
+// "FEN RESULT SCORE" lines (tools/pgn_positions.py), SCORE a search's score for White in
+// hundredths of a pawn. With -s, each position is fitted to a target of SHARE times the
+// search's score as an expected result, sigmoid(K SCORE), and the rest the game's result: less
+// noise than the result alone, from fewer games (a position without a score keeps its result). The
 // weights start from the ones compiled in; a weight that counts in fewer than MinUses positions
 // keeps its value, and so do the material and square tables with -b. RATE is Adam's step
 // (default 1), LAMBDA the weight of the pull towards the starting values (default 1e-8). Every
@@ -29,7 +33,8 @@ namespace {
 constexpr int MinUses  = 50;
 constexpr double Beta1 = 0.9, Beta2 = 0.999;
 double LearningRate = 1, Lambda = 1e-8; // options -r and -l
-bool KeepBase = false; // option -b: the material and square tables keep their values
+double ScoreShare = 0;     // option -s: the search score's share in each position's target
+bool KeepBase     = false; // option -b: the material and square tables keep their values
 
 // A position as the tuner keeps it: its nonzero counts, linear then king danger.
 struct Term {
@@ -43,6 +48,7 @@ struct Sample {
     std::uint8_t dangerOn, cannotWin; // bit 0 the side to move's, bit 1 the opponent's
     std::uint8_t scale[2];            // of the end game when the side to move, the opponent leads
     float result;                     // for the side to move
+    float score;                      // the search's, for the side to move; NaN: none
 };
 struct Data {
     std::vector<Term> terms;
@@ -54,7 +60,7 @@ struct Weights {
     std::vector<double> middle, end;
 };
 
-void add_sample(Data& data, const StrongTrace& t, double result) {
+void add_sample(Data& data, const StrongTrace& t, double result, double score) {
     Sample s{std::uint32_t(data.terms.size()),
              0,
              0,
@@ -62,7 +68,8 @@ void add_sample(Data& data, const StrongTrace& t, double result) {
              0,
              0,
              {std::uint8_t(t.scale[0]), std::uint8_t(t.scale[1])},
-             float(result)};
+             float(result),
+             float(score)};
     for (int i = 0; i < WeightCount; ++i)
         if (t.linear[i]) data.terms.push_back({std::uint16_t(i), t.linear[i], 0}), ++s.linear;
     for (int side = 0; side < 2; ++side) {
@@ -137,6 +144,15 @@ double fit_k(const Data& data, const Weights& w) {
             lo = a;
     }
     return (lo + hi) / 2;
+}
+
+// Each position's target becomes ScoreShare times its search score as an expected result and
+// the rest its game's result.
+void blend_targets(Data& data, double k) {
+    if (ScoreShare == 0) return;
+    for (Sample& s : data.samples)
+        if (!std::isnan(s.score))
+            s.result = float((1 - ScoreShare) * s.result + ScoreShare * sigmoid(k, s.score));
 }
 
 // The gradient of the mean squared error, added into g (middle then end, as the weights).
@@ -223,13 +239,23 @@ bool load(int files, char** names, Data& data, std::vector<int>& uses) {
         std::ifstream in(names[f]);
         if (!in) return std::fprintf(stderr, "cannot read %s\n", names[f]), false;
         for (std::string line; std::getline(in, line);) {
-            const std::size_t cut = line.find_last_of(' ');
+            // The FEN's six fields, the result, and the score when there is one.
+            std::size_t cut = 0;
+            for (int field = 0; field < 6 && cut != std::string::npos; ++field)
+                cut = line.find(' ', cut + (field > 0));
             if (cut == std::string::npos) continue;
-            const double white_result = std::atof(line.c_str() + cut + 1);
+            char* rest                = nullptr;
+            const double white_result = std::strtod(line.c_str() + cut, &rest);
+            char* end                 = nullptr;
+            const double white_score  = std::strtod(rest, &end);
             new_game();
             if (!read_fen(line.substr(0, cut).c_str())) continue;
             strong_trace(*CurrentPosition, trace);
-            add_sample(data, trace, CurrentPosition->blackToMove ? 1 - white_result : white_result);
+            const bool black = CurrentPosition->blackToMove != 0;
+            add_sample(data, trace, black ? 1 - white_result : white_result,
+                       end == rest ? NAN
+                       : black     ? -white_score
+                                   : white_score);
             for (int i = 0; i < WeightCount; ++i) uses[i] += trace.linear[i] != 0;
             for (int u = 0; u < DangerCount; ++u)
                 uses[DangerStart + u] += (trace.danger[0][u] || trace.danger[1][u]);
@@ -311,9 +337,13 @@ int main(int argc, char** argv) {
         if (argv[1][1] == 'b')
             KeepBase = true, --argv, ++argc;
         else
-            (argv[1][1] == 'r' ? LearningRate : Lambda) = std::atof(argv[2]);
+            (argv[1][1] == 'r'   ? LearningRate
+             : argv[1][1] == 's' ? ScoreShare
+                                 : Lambda) = std::atof(argv[2]);
     if (argc < 4) {
-        std::fprintf(stderr, "usage: tuner [-r RATE] [-l LAMBDA] OUT_HEADER EPOCHS DATA...\n");
+        std::fprintf(
+            stderr,
+            "usage: tuner [-b] [-r RATE] [-l LAMBDA] [-s SHARE] OUT_HEADER EPOCHS DATA...\n");
         return 2;
     }
     const int epochs = std::atoi(argv[2]);
@@ -321,7 +351,9 @@ int main(int argc, char** argv) {
     std::vector<int> uses(WeightCount);
     if (!load(argc - 3, argv + 3, data, uses)) return 1;
     Weights w{{MiddleWeights, MiddleWeights + WeightCount}, {EndWeights, EndWeights + WeightCount}};
-    const double k = fit_k(data, w), before = mean_error(data, w, k, true);
+    const double k = fit_k(data, w);
+    blend_targets(data, k);
+    const double before = mean_error(data, w, k, true);
     std::fprintf(stderr, "K = %.6f, error %.6f, held out %.6f\n", k, mean_error(data, w, k),
                  before);
     fit(data, w, k, epochs, uses);
