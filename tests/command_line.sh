@@ -18,7 +18,7 @@ for args in bogus "--help x" "--version --help" "bench 1" "bench 33" "bench 6x" 
     status=$?
     [ "$status" = 2 ] && [ ! -s out ] && grep -q '^usage:' err || fail "quillfern $args: status $status"
 done
-for bench in "6 classic 27162852" "12 strong 1937741"; do
+for bench in "6 classic 27162852" "12 strong 2312748"; do
     set -- $bench
     tail=$("$engine" bench "$1" "$2" | tail -n 2 | tr '\n' ' ')
     echo "$tail" | grep -q -x "Nodes searched: $3 Nodes/second: [1-9][0-9]* " ||

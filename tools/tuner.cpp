@@ -361,10 +361,10 @@ int main(int argc, char** argv) {
     const double after = mean_error(data, w, k, true);
     char provenance[300];
     std::snprintf(provenance, sizeof provenance,
-                  "fitted to %zu positions of self-play\n// (a tenth held out), K = %.5f, %d "
-                  "epochs of rate %g, lambda %g: mean squared error\n// on the held-out tenth "
-                  "%.5f, %.5f before.",
-                  data.samples.size(), k, epochs, LearningRate, Lambda, after, before);
+                  "fitted to %zu positions, the search score's share of\n// each target %g "
+                  "(a tenth held out), K = %.5f, %d epochs of rate %g, lambda %g: mean\n// "
+                  "squared error on the held-out tenth %.5f, %.5f before.",
+                  data.samples.size(), ScoreShare, k, epochs, LearningRate, Lambda, after, before);
     std::fprintf(stderr, "held out %.6f after centring\n", after);
     return write_header(argv[1], w,
                         epochs > 0 ? provenance
