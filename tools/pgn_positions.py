@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Positions for the evaluation's fit from the games of xboard matches.
+"""Positions for the evaluation's fit from the games of the match script's tests (quillfern against
+itself, so that every score is on its scale).
 
     pgn-extract --fencomments -s GAMES.pgn... | tools/pgn_positions.py > OUT
 
