@@ -1,7 +1,8 @@
 // Fits the strong evaluation's weights to game results by Texel's method: the static score s of
 // each position, from its trace, is mapped to an expected result sigmoid(K s); K is fitted
-// first, then the weights, by Adam on the mean squared error against the games' results. Writes
-// the weights as the C++ header the build compiles.
+// first, then the weights, by Adam on the mean squared error against the games' results (with
+// -s, results blended with search scores). Writes the weights as the C++ header the build
+// compiles.
 //
 //   tuner [-b] [-r RATE] [-l LAMBDA] [-s SHARE] OUT_HEADER EPOCHS DATA...
 //
