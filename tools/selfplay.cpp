@@ -1,6 +1,7 @@
 // Self-play for fitting the strong evaluation: the strong style plays itself in process, a fixed
 // number of nodes a move, from openings of random legal moves, and the quiet positions of each
-// game are written with its result, one a line: "FEN RESULT", RESULT 1, 0.5 or 0 for White.
+// game are written with its result and the score its search found, one a line: "FEN RESULT
+// SCORE", RESULT 1, 0.5 or 0 for White, SCORE in hundredths of a pawn for White.
 //
 //   selfplay OUT GAMES [SEED [NODES]]     (NODES a move, default 10000; appends to OUT)
 //
@@ -104,8 +105,12 @@ bool random_opening(std::mt19937_64& random, int plies) {
     return !legal_moves().empty();
 }
 
+struct Kept {
+    std::string fen;
+    int score; // for White
+};
 struct Game {
-    std::vector<std::string> kept; // the quiet positions, as FEN
+    std::vector<Kept> kept; // the quiet positions
     double result;                 // for White; negative when the game is dropped
 };
 
@@ -145,7 +150,8 @@ Game play_game(std::mt19937_64& random, std::uint64_t nodes) {
         const bool quiet = !is_capture(r.move) && move_promotion(r.move) == 0;
         if (ply >= FirstKeptPly && quiet && !in_check() && std::abs(r.score) < MateBound &&
             !winning_capture())
-            game.kept.push_back(fen_of(*CurrentPosition));
+            game.kept.push_back({fen_of(*CurrentPosition),
+                                 CurrentPosition->blackToMove ? -r.score : r.score});
         const double judged = adjudication.judge(r.score, ply, CurrentPosition->blackToMove);
         make_room_for_game_move();
         make_move(r.move);
@@ -174,8 +180,8 @@ int main(int argc, char** argv) {
         if (game.result < 0) continue;
         ++played;
         ++score[int(game.result * 2)];
-        for (const std::string& fen : game.kept)
-            std::fprintf(out, "%s %g\n", fen.c_str(), game.result);
+        for (const Kept& kept : game.kept)
+            std::fprintf(out, "%s %g %d\n", kept.fen.c_str(), game.result, kept.score);
         positions += long(game.kept.size());
         std::fflush(out);
         if (played % 100 == 0 || played == games)
