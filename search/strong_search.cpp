@@ -201,6 +201,12 @@ bool settles_window(const TableEntry& entry, int alpha, int beta) {
            (bound == UpperBound && entry.score <= alpha);
 }
 
+// Whether the side to move at ply, out of check, is improving: its static score has risen since
+// its last move, or it was in check then, or it had none.
+bool improving_at(int ply) {
+    return ply < 2 || StaticEvals[ply - 2] == -Infinity || StaticEvals[ply] > StaticEvals[ply - 2];
+}
+
 // Step 4 of a node: pruning before any move, away from the principal line and out of check.
 // True when the node is cut, with its score in cut (0 once the search is stopped).
 bool cut_before_moves(int depth, int beta, int ply, int static_eval, bool improving,
@@ -452,8 +458,7 @@ int search_node(int depth, int alpha, int beta, int ply, PrincipalVariation& lin
     const int raw_eval    = checkers ? -Infinity : strong_evaluate(p);
     const int static_eval = checkers ? -Infinity : corrected(p, raw_eval);
     StaticEvals[ply]      = static_eval;
-    const bool improving  = !checkers && (ply < 2 || StaticEvals[ply - 2] == -Infinity ||
-                                         static_eval > StaticEvals[ply - 2]);
+    const bool improving  = !checkers && improving_at(ply);
     int cut;
     if (!pv && !checkers && !excluded &&
         cut_before_moves(depth, beta, ply, static_eval, improving, null_allowed, cut))
